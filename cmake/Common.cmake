@@ -24,6 +24,13 @@ endif()
 add_library(torvik_warnings INTERFACE)
 target_compile_options(torvik_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(torvik_warnings INTERFACE -Wthread-safety)
+endif()
+
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
+
 if(TORVIK_SANITIZE)
   add_compile_options(-fsanitize=${TORVIK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${TORVIK_SANITIZE})

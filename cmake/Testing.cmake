@@ -1,0 +1,55 @@
+# GoogleTest, built from its sources like everything else (sanitizers want all code instrumented), and the function that
+# makes a test program.
+
+set(TORVIK_GOOGLETEST /usr/src/googletest CACHE PATH "GoogleTest's sources")
+set(INSTALL_GTEST OFF)
+set(gtest_hide_internal_symbols OFF)
+add_subdirectory(${TORVIK_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+
+# Where the tests look for the libraries: the virtual adapter in virtual/, TORVIK in the build root.
+if(WIN32)
+  set(torvik_test_path "WINEPATH=Z:${CMAKE_BINARY_DIR}/virtual\\;Z:${CMAKE_BINARY_DIR}")
+  set(torvik_results "Z:${CMAKE_BINARY_DIR}/results")
+else()
+  set(torvik_test_path "LD_LIBRARY_PATH=${CMAKE_BINARY_DIR}/virtual:${CMAKE_BINARY_DIR}")
+  set(torvik_results "${CMAKE_BINARY_DIR}/results")
+endif()
+set(torvik_sanitizer_options
+  "ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1"
+  "UBSAN_OPTIONS=print_stacktrace=1"
+  "TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1")
+set(TORVIK_TEST_ENVIRONMENT ${torvik_test_path} ${torvik_sanitizer_options})
+
+# torvik_add_test(NAME SOURCES file... [LIBS library...] [ENVIRONMENT NAME=value...] [TIMEOUT seconds] [SERIAL])
+#   Makes the GoogleTest program NAME and registers it as one test. SERIAL: nothing else runs beside it, for tests that
+#   measure time. The report of its cases goes to results/NAME.xml in the build tree.
+function(torvik_add_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 test "SERIAL" "TIMEOUT" "SOURCES;LIBS;ENVIRONMENT")
+  if(NOT test_TIMEOUT)
+    set(test_TIMEOUT 300)
+  endif()
+  add_executable(${name} ${test_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(${name} PRIVATE ${test_LIBS} torvik_warnings GTest::gmock GTest::gtest GTest::gtest_main)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES
+    TIMEOUT ${test_TIMEOUT}
+    ENVIRONMENT "${TORVIK_TEST_ENVIRONMENT};${test_ENVIRONMENT};GTEST_OUTPUT=xml:${torvik_results}/${name}.xml")
+  if(test_SERIAL)
+    set_tests_properties(${name} PROPERTIES RUN_SERIAL TRUE)
+  endif()
+endfunction()
+
+# torvik_add_command_test(NAME COMMAND program argument... [TIMEOUT seconds] [SERIAL])
+#   Registers a check that is a script or a ready program; it passes by its exit code.
+function(torvik_add_command_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 test "SERIAL" "TIMEOUT" "COMMAND")
+  if(NOT test_TIMEOUT)
+    set(test_TIMEOUT 300)
+  endif()
+  add_test(NAME ${name} COMMAND ${test_COMMAND})
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${test_TIMEOUT} ENVIRONMENT "${TORVIK_TEST_ENVIRONMENT}")
+  if(test_SERIAL)
+    set_tests_properties(${name} PROPERTIES RUN_SERIAL TRUE)
+  endif()
+endfunction()
