@@ -90,7 +90,7 @@ stage_tsan() {
 }
 stage_clang() { check "clang build" build clang; }
 
-sources_of() { (cd "$root" && find "$@" -name '*.cpp' -o -name '*.h' -o -name '*.c' 2>/dev/null | sort); }
+sources_of() { (cd "$root" && find "$@" -name '*.cpp' -o -name '*.hpp' -o -name '*.h' -o -name '*.c' 2>/dev/null | sort); }
 check_format() { sources_of src adapters tools tests bench examples | (cd "$root" && xargs clang-format --dry-run -Werror); }
 stage_format() { check "format" check_format; }
 

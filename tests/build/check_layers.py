@@ -17,7 +17,7 @@ STANDS_ON = {
     "platform": {"platform"},
 }
 SYSTEM_FOLDERS = {"platform", "linux", "windows"}
-SYSTEM_CONDITION = re.compile(r"^\s*#\s*(if|ifdef|ifndef|elif)\b.*(_WIN|WIN32|_MSC_VER|__MINGW|__linux|__unix|__APPLE__|__GNUC__)")
+SYSTEM_CONDITION = re.compile(r"^\s*#\s*(if|ifdef|ifndef|elif)\b.*(_WIN|WIN32|_MSC_VER|__MINGW|__linux|__unix|__APPLE__)")
 SYSTEM_HEADERS = re.compile(r"^\s*#\s*include <(windows\.h|winbase\.h|synchapi\.h|unistd\.h|dlfcn\.h|pthread\.h|poll\.h|sys/.*)>")
 OWN_INCLUDE = re.compile(r'^\s*#\s*include "([^"]+)"')
 TREES = ("src", "adapters", "tools", "tests", "bench", "examples")
@@ -25,15 +25,16 @@ TREES = ("src", "adapters", "tools", "tests", "bench", "examples")
 
 def source_files(root):
     for tree in TREES:
-        for pattern in ("*.cpp", "*.h", "*.c"):
+        for pattern in ("*.cpp", "*.hpp", "*.h", "*.c"):
             yield from sorted((root / tree).rglob(pattern))
 
 
 def includes_of(source, file):
     """Our own files that a file includes, as paths below src/."""
+    bases = (source, file.parent, source / "platform/linux", source / "platform/windows")
     for line in file.read_text().splitlines():
         if match := OWN_INCLUDE.match(line):
-            for base in (source, file.parent):
+            for base in bases:
                 if (base / match[1]).is_file() and (base / match[1]).resolve().is_relative_to(source):
                     yield (base / match[1]).resolve().relative_to(source)
 
