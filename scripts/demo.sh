@@ -15,7 +15,7 @@ if ! build demo >"$directory/build.log" 2>&1; then
     echo "The build failed." >&2
     exit 1
 fi
-torvik=$directory/tools/torvik/torvik
+torvik=$directory/torvik
 
 say "the amplifier: torvik --simulate info"
 "$torvik" --simulate info
