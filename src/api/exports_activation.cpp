@@ -1,0 +1,52 @@
+#include "api/TORVIK.h"
+#include "api/device_call.h"
+#include "core/activation.h"
+
+using namespace torvik;
+
+namespace {
+
+std::int32_t activate(std::int32_t deviceNo, const ActivationSettings& settings, std::uint32_t* channelCount) {
+    const std::uint8_t number = deviceNumber(deviceNo);
+    if (channelCount == nullptr || number >= deviceLimit) {
+        setError(number, error::parameterExceedance);
+        return failure;
+    }
+    // One activation at a time, and none waits for its turn inside a record, where a release would wait for it.
+    const platform::LockGuard lock(lifecycleMutex);
+    return deviceCall(deviceNo, [&](const DeviceCall& call) NO_THREAD_SAFETY_ANALYSIS {
+        if (call.record().active) return call.fail(error::alreadyActive);
+        return activateDevice(call.deviceNo(), settings, *channelCount);
+    });
+}
+
+}  // namespace
+
+int32_t TORVIKactivateStd(int32_t deviceNo, uint32_t* channelCount) {
+    return activate(deviceNo, ActivationSettings{}, channelCount);
+}
+
+int32_t TORVIKactivateExtended(int32_t deviceNo, uint8_t adapterType, uint32_t baudRate, uint32_t bufferSize,
+                               uint32_t* channelCount, uint32_t commandCanId, uint32_t answerCanId, uint32_t flags) {
+    const ActivationSettings settings{adapterType, baudRate, bufferSize, commandCanId, answerCanId, flags};
+    return activate(deviceNo, settings, channelCount);
+}
+
+int32_t TORVIKrelease(int32_t deviceNo) {
+    if (deviceNo == 0) {
+        releaseAll();
+    } else if (deviceNo >= 1 && deviceNo <= deviceLimit) {
+        releaseDevice(static_cast<std::uint8_t>(deviceNo));
+    }
+    return success;
+}
+
+int32_t TORVIKgetInterfaceIdent(int32_t deviceNo, uint8_t index, uint32_t* ident) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.ready(ident != nullptr)) return failure;
+        const auto answer = call.ask(Command::interfaceIdent, Parameters().u8(index & 3));
+        if (!answer) return failure;
+        *ident = answer->u32();
+        return success;
+    });
+}

@@ -1,0 +1,30 @@
+// Opening and closing the adapter channel, and the receive thread's outer loop.
+#pragma once
+
+#include <cstdint>
+
+#include "core/device_record.h"
+#include "core/library_state.h"
+
+namespace torvik {
+
+inline constexpr std::uint16_t defaultBaudCode = 0x0014;  // 1 Mbit/s
+
+// Opens the channel and starts the receive thread. All device records are lost; no call may be inside them.
+// Result: 0; 255 with the reason in a last error (0, which is no code, for an unknown adapter type).
+std::uint8_t initAdapter(std::uint8_t deviceNo, std::uint8_t adapterType, std::uint16_t baudCode)
+    REQUIRES(lifecycleMutex);
+
+// Registers the receive event with the adapter. Result: the low 8 bits of the status.
+std::uint8_t pcanEventOn();
+
+// Stops the receive thread and takes all records down; closes the channel itself only when `uninitialize` is true.
+// Calls inside are woken and waited for; `own` is the record that the caller is inside of, or null.
+// Result: the low 8 bits of the last adapter status.
+std::uint8_t releaseAdapter(bool uninitialize, const DeviceRecord* own) REQUIRES(lifecycleMutex);
+
+// What releasing all devices does to the adapter: as releaseAdapter, but with bounded waits, and the table zeroed.
+// No call may be inside.
+void closeAdapter() REQUIRES(lifecycleMutex);
+
+}  // namespace torvik

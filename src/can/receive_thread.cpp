@@ -1,0 +1,172 @@
+#include "can/receive_thread.h"
+
+#include <atomic>
+#include <bit>
+
+#include "can/adapter_channel.h"
+#include "can/adapter_event.h"
+#include "can/pcan_api.h"
+#include "core/device_table.h"
+#include "core/error_codes.h"
+#include "core/set_assembly.h"
+#include "core/transaction.h"
+
+namespace torvik {
+
+namespace {
+
+constexpr std::chrono::milliseconds receiveWait(200);
+
+// Guards the start of the thread; its number tells a thread that was given up that another one has taken its place.
+constinit platform::Mutex startMutex;
+constinit platform::Condition startedCondition;
+constinit bool started GUARDED_BY(startMutex) = false;
+constinit std::atomic<std::uint32_t> currentThread = 0;
+
+struct FaultRow {
+    std::uint32_t status;
+    const char* message;
+    bool reset;
+};
+
+constexpr FaultRow faultRows[] = {
+    {pcan::busLight, "Fehler: PCAN_ERROR_BUSLIGHT\n", true},
+    {pcan::busHeavy, "Fehler: PCAN_ERROR_BUSHEAVY\n", true},
+    {pcan::busOff, "Fehler: PCAN_ERROR_BUSOFF\n", true},
+    {pcan::queueOverrun, "Fehler: PCAN_ERROR_QOVERRUN\n", true},
+    {pcan::illegalHardware, "Fehler: PCAN_ERROR_ILLHW\n", false},
+};
+
+const FaultRow* faultRowOf(std::uint32_t status) {
+    for (const FaultRow& row : faultRows) {
+        if (row.status == status) return &row;
+    }
+    return nullptr;
+}
+
+std::uint8_t reportFault(std::uint32_t status, DeviceRecord& record) {
+    const FaultRow* const row = faultRowOf(status);
+    if (libraryState.debugOutput) {
+        printPcanError(status);
+        if (row != nullptr) {
+            debugPrint("%s", row->message);
+        } else {
+            debugPrint("Fehler: Status %i\n", static_cast<int>(status));
+        }
+    }
+    setError(record, status);
+    if (row != nullptr && row->reset) pcanReset(libraryState.channelHandle);
+    return static_cast<std::uint8_t>(error::receiveLoopFault);
+}
+
+void printAnswer(const PcanMessage& message) {
+    const auto& data = message.data;
+    debugPrint("OnCAN: %02X - %02X %02X | %02X %02X %02X %02X %02X %02X\n", message.id, data[0], data[1], data[2],
+               data[3], data[4], data[5], data[6], data[7]);
+}
+
+void routeAnswer(DeviceRecord& record, const PcanMessage& message, const PcanTimestamp& timestamp) {
+    if (!storeAnswer(record, AnswerSlot{message.data, std::bit_cast<std::uint64_t>(timestamp)})) return;
+    if (libraryState.debugOutput) printAnswer(message);
+}
+
+DeviceRecord* receiverOf(const PcanMessage& message) {
+    if (!answerMutex.lockFor(mutexLimit)) return nullptr;
+    platform::TimedLock lock(answerMutex);
+    return findReceiver(message.id);
+}
+
+struct PassResult {
+    std::uint8_t code = 0;
+    bool anyFrame = false;
+};
+
+PassResult drainPass(std::uint32_t thread) {
+    PassResult result;
+    DeviceRecord* lastReceiver = &deviceRecord(0);
+    while (thread == currentThread.load(std::memory_order_relaxed)) {
+        PcanMessage message;
+        PcanTimestamp timestamp;
+        const std::uint32_t status = pcanRead(libraryState.channelHandle, message, timestamp);
+        if (status == pcan::queueEmpty) break;
+        if (status != pcan::ok) {
+            result.code = reportFault(status, *lastReceiver);
+            break;
+        }
+        result.anyFrame = true;
+        DeviceRecord* const receiver = receiverOf(message);
+        if (receiver == nullptr) continue;
+        lastReceiver = receiver;
+        if (message.data[0] < 0x40) {
+            assembleValueFrame(*receiver, message.data);
+        } else if (message.data[0] < 0x80) {
+            routeAnswer(*receiver, message, timestamp);
+        }
+    }
+    return result;
+}
+
+void announceStart() {
+    {
+        platform::LockGuard lock(startMutex);
+        started = true;
+    }
+    startedCondition.notifyAll();
+}
+
+void receiveThreadMain() {
+    const std::uint32_t thread = currentThread;
+    if (!libraryState.receiveEventSet) pcanEventOn();
+    pcanReset(libraryState.channelHandle);
+    announceStart();
+    bool lookAtAdapter = true;
+    while (libraryState.threadRun && thread == currentThread) {
+        libraryState.receiveEvent.wait(receiveWait, lookAtAdapter);
+        const PassResult pass = drainPass(thread);
+        // An adapter that reports nothing but faults must not turn the wait into a busy loop.
+        lookAtAdapter = pass.code == 0 || pass.anyFrame;
+    }
+    if (thread != currentThread || !libraryState.receiveEventSet) return;
+    if (const std::uint32_t status = pcanEventOff(); status == pcan::ok) {
+        libraryState.receiveEventSet = false;
+    } else if (libraryState.debugOutput) {
+        debugPrint("Fehler beim Ruecksetzen des Events\n");
+        printPcanError(status);
+    }
+}
+
+}  // namespace
+
+std::uint8_t drainReceiveQueue() {
+    return drainPass(currentThread).code;
+}
+
+bool startReceiveThread() {
+    {
+        platform::LockGuard lock(startMutex);
+        started = false;
+    }
+    ++currentThread;
+    // Set before the thread starts: it looks at once.
+    libraryState.threadRun = true;
+    if (libraryState.receiveThread.start(receiveThreadMain) != 0) {
+        libraryState.threadRun = false;
+        return false;
+    }
+    // The thread's own reset of the adapter would otherwise swallow the first answer.
+    platform::LockGuard lock(startMutex);
+    const platform::TimePoint deadline = platform::systemNow() + mutexLimit;
+    while (!started && platform::systemNow() < deadline) {
+        startedCondition.waitFor(startMutex, std::chrono::milliseconds(100));
+    }
+    return true;
+}
+
+void stopReceiveThread(std::optional<std::chrono::milliseconds> limit) {
+    if (!libraryState.receiveThread.exists()) return;
+    libraryState.threadRun = false;
+    libraryState.receiveEvent.wake();
+    if (!libraryState.receiveThread.join(limit)) ++currentThread;
+}
+
+}  // namespace torvik

@@ -1,0 +1,21 @@
+// The thread that empties the adapter's receive queue into the device records.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+
+#include "core/library_state.h"
+
+namespace torvik {
+
+// Starts the thread and returns when it has reset the adapter's queues and waits for frames. False: not started.
+bool startReceiveThread() REQUIRES(lifecycleMutex);
+
+// Ends the thread, if there is one, and forgets it. Without a limit waits until it has ended.
+void stopReceiveThread(std::optional<std::chrono::milliseconds> limit) REQUIRES(lifecycleMutex);
+
+// Reads frame after frame until the queue is empty. Result: 0; 225 when an adapter fault ended the pass.
+std::uint8_t drainReceiveQueue();
+
+}  // namespace torvik

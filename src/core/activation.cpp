@@ -1,0 +1,167 @@
+#include "core/activation.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <optional>
+
+#include "can/adapter_channel.h"
+#include "core/ask.h"
+#include "core/call_control.h"
+#include "core/device_setup.h"
+#include "core/device_table.h"
+#include "core/error_codes.h"
+#include "core/measured_values.h"
+#include "platform/thread.h"
+
+namespace torvik {
+
+namespace {
+
+constexpr std::uint32_t debugOutputFlag = 0x02;
+constexpr std::uint32_t pcanLogFlag = 0x04;
+constexpr std::uint32_t protocolKind16Flag = 0x10;
+constexpr std::uint32_t protocolKind32Flag = 0x20;
+constexpr std::uint32_t standardIdentifierLimit = 2048;
+
+struct BaudRate {
+    std::uint32_t bitsPerSecond;
+    std::uint16_t code;
+};
+
+constexpr std::array<BaudRate, 16> baudRates = {{
+    {1000000, 0x0014},
+    {800000, 0x0016},
+    {500000, 0x001C},
+    {250000, 0x011C},
+    {125000, 0x031C},
+    {100000, 0x432F},
+    {95000, 0xC34E},
+    {83000, 0x852B},
+    {50000, 0x472F},
+    {47000, 0x1414},
+    {33000, 0x8B2F},
+    {25000, 0x4F2F},
+    {20000, 0x532F},
+    {12500, 0x5F2F},
+    {10000, 0x672F},
+    {5000, 0x7F7F},
+}};
+
+std::optional<std::uint16_t> baudCodeOf(std::uint32_t bitsPerSecond) {
+    const auto* const found = std::ranges::find(baudRates, bitsPerSecond, &BaudRate::bitsPerSecond);
+    if (found == baudRates.end()) return std::nullopt;
+    return found->code;
+}
+
+// Opens the adapter as the settings say. Result: the baud code; nothing with lastError set.
+std::optional<std::uint16_t> openAdapter(std::uint8_t deviceNo, const ActivationSettings& settings)
+    REQUIRES(lifecycleMutex) {
+    libraryState.debugOutput = (settings.flags & debugOutputFlag) != 0;
+    libraryState.pcanLogging = (settings.flags & pcanLogFlag) != 0;
+    if ((settings.flags & protocolKind16Flag) != 0) {
+        libraryState.protocolKind = 16;
+    } else if ((settings.flags & protocolKind32Flag) != 0) {
+        libraryState.protocolKind = 32;
+    } else {
+        setError(deviceNo, error::unknownDeviceKind);
+        return std::nullopt;
+    }
+    const std::optional<std::uint16_t> code = baudCodeOf(settings.baudRate);
+    if (!code) {
+        setError(deviceNo, error::wrongBaudRate);
+        return std::nullopt;
+    }
+    if (initAdapter(deviceNo, settings.adapterType, *code) != 0) return std::nullopt;
+    return code;
+}
+
+// Whether the device streams already. A failure is not reported and leaves `transmitting` as it is.
+void readTransmitting(DeviceRecord& record, std::uint8_t deviceNo) {
+    const auto answer = ask(deviceNo, Command::transmitMode, Parameters().u8(0));
+    if (answer) record.transmitting = (answer->byte(3) & 1) == 0;
+}
+
+}  // namespace
+
+std::int32_t activateDevice(std::uint8_t deviceNo, const ActivationSettings& settings, std::uint32_t& channelCount) {
+    libraryState.lastProtocolErrorDevice = deviceNo;
+    setValueBufferLength(static_cast<std::int32_t>(
+        std::clamp<std::uint32_t>(settings.bufferSize, 1, static_cast<std::uint32_t>(largestBufferLength))));
+    if (settings.commandCanId >= standardIdentifierLimit || settings.answerCanId >= standardIdentifierLimit ||
+        settings.commandCanId == settings.answerCanId) {
+        setError(deviceNo, error::wrongIdentifiers);
+        return -1;
+    }
+    std::optional<std::uint16_t> openedWith;
+    if (!libraryState.adapterOpen) {
+        openedWith = openAdapter(deviceNo, settings);
+        if (!openedWith) return -1;
+    }
+    DeviceRecord* const record = setUpDevice(deviceNo, settings.commandCanId, settings.answerCanId);
+    if (record == nullptr) {
+        if (libraryState.initialisedDevices == 0) releaseAdapter(true, &deviceRecord(deviceNo));
+        return -1;
+    }
+    if (!libraryState.receiveEventSet) pcanEventOn();
+    record->baudCode = openedWith.value_or(0);
+    channelCount = record->activeChannels;
+    if (channelCount == 0) {
+        setError(*record, error::noActiveChannels);
+        return -1;
+    }
+    readTransmitting(*record, deviceNo);
+    clearValueBuffers(*record);
+    setError(*record, error::none);
+    return 0;
+}
+
+void releaseDevice(std::uint8_t deviceNo) {
+    if (deviceNo < deviceLimit) beginExclusion(deviceRecord(deviceNo));
+    const platform::LockGuard lock(lifecycleMutex);
+    if (deviceNo < deviceLimit) {
+        DeviceRecord& record = deviceRecord(deviceNo);
+        record.gate.waitUntilLeft(0);
+        tearDownDevice(record);
+        destroyFilterObject(record);
+        record.active = false;
+        endExclusion(record);
+    }
+    // Kept: counted down for a device that was not active, too.
+    if (libraryState.initialisedDevices > 0) --libraryState.initialisedDevices;
+}
+
+void releaseAll() {
+    for (DeviceRecord& record : deviceTable())
+        beginExclusion(record);
+    {
+        const platform::LockGuard lock(lifecycleMutex);
+        for (DeviceRecord& record : deviceTable())
+            record.gate.waitUntilLeft(0);
+        closeAdapter();
+        for (DeviceRecord& record : deviceTable()) {
+            // A call that this release cut short finds its reason, although the table is zero otherwise.
+            if (record.callCutShort.exchange(false)) setError(record, error::notActive);
+        }
+    }
+    for (DeviceRecord& record : deviceTable())
+        endExclusion(record);
+}
+
+void shutDown() {
+    for (DeviceRecord& record : deviceTable())
+        beginExclusion(record);
+    bool anyoneInside = false;
+    {
+        const platform::LockGuard lock(lifecycleMutex);
+        anyoneInside =
+            std::ranges::any_of(deviceTable(), [](const DeviceRecord& record) { return record.gate.occupied(); });
+        releaseAdapter(false, nullptr);
+    }
+    // A call that has left its record still has to leave the library's code, which is unmapped next.
+    if (anyoneInside) platform::sleepFor(std::chrono::milliseconds(20));
+    for (DeviceRecord& record : deviceTable())
+        endExclusion(record);
+}
+
+}  // namespace torvik

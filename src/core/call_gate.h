@@ -1,0 +1,41 @@
+// Counts the calls that are inside one device, and turns new ones away while the device is being taken down.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace torvik {
+
+class CallGate {
+  public:
+    // False: the device is being taken down; the call is not inside.
+    bool enter() {
+        inside_.fetch_add(1);
+        if (closers_.load() == 0) return true;
+        leave();
+        return false;
+    }
+
+    void leave() {
+        inside_.fetch_sub(1);
+        if (closers_.load() != 0) wakeCloser();
+    }
+
+    // From close() until the matching open() new calls are turned away; those inside go on until they leave.
+    void close() { closers_.fetch_add(1); }
+    void open() { closers_.fetch_sub(1); }
+    bool closing() const { return closers_.load() != 0; }
+
+    bool occupied() const { return inside_.load() != 0; }
+
+    // Waits until no call but `own` ones of the caller is inside.
+    void waitUntilLeft(std::uint32_t own);
+
+  private:
+    static void wakeCloser();
+
+    std::atomic<std::uint32_t> inside_ = 0;
+    std::atomic<std::uint32_t> closers_ = 0;
+};
+
+}  // namespace torvik

@@ -1,0 +1,120 @@
+#include "core/device_table.h"
+
+#include <algorithm>
+
+namespace torvik {
+
+namespace {
+
+constexpr std::size_t standardIdentifiers = 2048;
+constexpr std::uint8_t noRoute = 0xFF;
+
+// Never destroyed: other threads may be anywhere when the process ends, and may own any lock.
+union StaticTable {
+    constexpr StaticTable() : records{} {}
+    ~StaticTable() {}
+    std::array<DeviceRecord, deviceLimit> records;
+};
+
+constinit StaticTable table;
+constinit std::atomic<std::uint32_t> lastErrorOutsideTable = 0;
+
+// First active record for each 11-bit identifier, so that routing does not walk the table for every frame.
+constinit std::array<std::uint8_t, standardIdentifiers> routes = [] {
+    std::array<std::uint8_t, standardIdentifiers> none{};
+    none.fill(noRoute);
+    return none;
+}();
+
+bool receives(const DeviceRecord& record, std::uint32_t identifier) {
+    return record.active && (record.answerCanId == identifier || record.valueCanId == identifier);
+}
+
+void zeroRouting(DeviceRecord& record) NO_THREAD_SAFETY_ANALYSIS {
+    record.commandCanId = 0;
+    record.answerCanId = 0;
+    record.valueCanId = 0;
+    record.active = false;
+    record.answerRing = {};
+    record.answerWriteIndex = 0;
+    record.answerReadIndex = 0;
+    record.answerCount = 0;
+    ++record.setUpCount;
+    updateRoutes();
+}
+
+void zeroValues(DeviceRecord& record) NO_THREAD_SAFETY_ANALYSIS {
+    for (ValueBuffer& buffer : record.valueBuffer)
+        buffer = {};
+    record.lastValueType = ValueType::unknown;
+}
+
+}  // namespace
+
+std::int32_t ValueBuffer::length() const {
+    const std::int32_t bound = libraryState.valueBufferLength.load(std::memory_order_relaxed);
+    return entries ? std::min(bound, allocated) : bound;
+}
+
+DeviceRecord& deviceRecord(std::uint8_t deviceNo) {
+    return table.records[deviceNo];
+}
+
+std::array<DeviceRecord, deviceLimit>& deviceTable() {
+    return table.records;
+}
+
+std::atomic<std::uint32_t>& lastErrorOf(std::uint8_t deviceNo) {
+    return deviceNo < deviceLimit ? table.records[deviceNo].lastError : lastErrorOutsideTable;
+}
+
+void setError(std::uint8_t deviceNo, std::uint32_t code) {
+    lastErrorOf(deviceNo).exchange(code);
+}
+
+void setError(DeviceRecord& record, std::uint32_t code) {
+    record.lastError.exchange(code);
+}
+
+DeviceRecord* findReceiver(std::uint32_t identifier) {
+    if (identifier < standardIdentifiers) {
+        const std::uint8_t deviceNo = routes[identifier];
+        return deviceNo == noRoute ? nullptr : &table.records[deviceNo];
+    }
+    const auto found = std::ranges::find_if(
+        table.records, [identifier](const DeviceRecord& record) { return receives(record, identifier); });
+    return found == table.records.end() ? nullptr : &*found;
+}
+
+void updateRoutes() {
+    routes.fill(noRoute);
+    // Backwards, so that the lowest device number wins.
+    for (std::uint8_t deviceNo = deviceLimit; deviceNo-- > 0;) {
+        const DeviceRecord& record = table.records[deviceNo];
+        if (!record.active) continue;
+        if (record.answerCanId < standardIdentifiers) routes[record.answerCanId] = deviceNo;
+        if (record.valueCanId < standardIdentifiers) routes[record.valueCanId] = deviceNo;
+    }
+}
+
+bool zeroRecord(DeviceRecord& record) {
+    destroyFilterObject(record);
+    record.channelHandle = 0;
+    record.ownDeviceNo = 0;
+    record.baudCode = 0;
+    record.activeChannels = 0;
+    record.firmwareVersion = 0;
+    record.transmitting = false;
+    record.newValues = false;
+    record.lastError = 0;
+    record.busy = false;
+    record.keepLock = false;
+    return exclusively(answerMutex, [&record] { zeroRouting(record); }) &&
+           exclusively(valueMutex, [&record] { zeroValues(record); });
+}
+
+void destroyFilterObject(DeviceRecord& record) {
+    record.filterObject.reset();
+}
+
+}  // namespace torvik

@@ -1,0 +1,42 @@
+// The fixed table of devices, their last errors, and which device a received frame belongs to.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "core/device_record.h"
+#include "core/library_state.h"
+
+namespace torvik {
+
+inline constexpr std::uint8_t deviceLimit = 40;
+
+// Device numbers at the exports are taken by their low 8 bits.
+constexpr std::uint8_t deviceNumber(std::int32_t deviceNo) {
+    return static_cast<std::uint8_t>(deviceNo & 0xFF);
+}
+
+// The record of a device number 0..39.
+DeviceRecord& deviceRecord(std::uint8_t deviceNo);
+std::array<DeviceRecord, deviceLimit>& deviceTable();
+
+// The last error of any device number 0..255; 40..255 share one place.
+std::atomic<std::uint32_t>& lastErrorOf(std::uint8_t deviceNo);
+void setError(std::uint8_t deviceNo, std::uint32_t code);
+void setError(DeviceRecord& record, std::uint32_t code);
+
+// The first active record whose answer or value identifier this is; null: none.
+DeviceRecord* findReceiver(std::uint32_t identifier) REQUIRES(answerMutex);
+
+// To be called after any change of a record's identifiers or of its active flag.
+void updateRoutes() REQUIRES(answerMutex);
+
+// Fills a record with zeros and lets the receive thread start afresh with it. No call may be inside the record.
+// False: a mutex could not be obtained in 10000 ms, and the record is not completely zeroed.
+bool zeroRecord(DeviceRecord& record);
+
+// Destroys the record's filter object, if any, and forgets it.
+void destroyFilterObject(DeviceRecord& record);
+
+}  // namespace torvik

@@ -1,0 +1,21 @@
+#include "core/library_state.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace torvik {
+
+constinit platform::Mutex lifecycleMutex;
+constinit platform::TimedMutex answerMutex;
+constinit platform::TimedMutex valueMutex;
+constinit LibraryState libraryState;
+
+void debugPrint(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vprintf(format, arguments);
+    va_end(arguments);
+    std::fflush(stdout);
+}
+
+}  // namespace torvik

@@ -1,0 +1,36 @@
+// One background thread whose end can be waited for, also while the library is being unloaded.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+
+namespace torvik::platform {
+
+struct ThreadState;
+
+class Thread {
+  public:
+    constexpr Thread() = default;
+    Thread(const Thread&) = delete;
+    Thread& operator=(const Thread&) = delete;
+
+    // Result: 0 or the system's error. The thread runs `routine` once; the routine must not throw.
+    std::uint32_t start(void (*routine)());
+    bool exists() const { return state_ != nullptr; }
+
+    // Waits until the thread has left the library's code. Result: false when the time was over first; without a limit
+    // always true. The thread is forgotten either way.
+    bool join(std::optional<std::chrono::milliseconds> limit);
+
+  private:
+    ThreadState* state_ = nullptr;
+};
+
+// Number of this process; differs in a forked child, which has none of its parent's threads.
+std::uint64_t processId();
+
+// Sleeps by the system's clock.
+void sleepFor(std::chrono::milliseconds duration);
+
+}  // namespace torvik::platform
