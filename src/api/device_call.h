@@ -91,7 +91,7 @@ std::int32_t deviceCall(std::int32_t deviceNo, std::int32_t failed, Body body) n
     if (call.deviceNo() >= deviceLimit) return runBody(call, failed, body);
     const Visit visit(call.record());
     const std::int32_t result = visit.inside() ? runBody(call, failed, body) : failed;
-    if (result == failed && call.record().gate.closing()) {
+    if (!visit.inside() || (result == failed && call.record().gate.closing())) {
         call.record().callCutShort = true;
         setError(call.deviceNo(), error::notActive);
     }

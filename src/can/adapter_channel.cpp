@@ -64,9 +64,11 @@ std::uint32_t setAdapterOptions() {
 
 bool createMutexes() {
     const std::uint32_t answerError = answerMutex.create();
-    if (answerError != 0) debugPrint("CreateMutex error: %d\n", static_cast<int>(answerError));
+    if (answerError != 0 && libraryState.debugOutput)
+        debugPrint("CreateMutex error: %d\n", static_cast<int>(answerError));
     const std::uint32_t valueError = valueMutex.create();
-    if (valueError != 0) debugPrint("CreateReadMutex error: %d\n", static_cast<int>(valueError));
+    if (valueError != 0 && libraryState.debugOutput)
+        debugPrint("CreateReadMutex error: %d\n", static_cast<int>(valueError));
     return answerError == 0 && valueError == 0;
 }
 
@@ -137,7 +139,7 @@ std::uint8_t initAdapter(std::uint8_t deviceNo, std::uint8_t adapterType, std::u
     if (const std::uint32_t status = setAdapterOptions(); status != pcan::ok) return failWith(deviceNo, status);
     if (!createMutexes()) return failWith(deviceNo, error::mutexStart);
     if (!startReceiveThread()) {
-        debugPrint("Der LeseThread konnte nicht gestartet werden\n");
+        if (libraryState.debugOutput) debugPrint("Der LeseThread konnte nicht gestartet werden\n");
         // Kept: stored for device 0, whichever device is being activated.
         return failWith(0, error::threadStart);
     }

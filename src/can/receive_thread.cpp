@@ -119,12 +119,12 @@ void receiveThreadMain() {
     if (!libraryState.receiveEventSet) pcanEventOn();
     pcanReset(libraryState.channelHandle);
     announceStart();
-    bool lookAtAdapter = true;
+    std::uint32_t emptyFaults = 0;
     while (libraryState.threadRun && thread == currentThread) {
-        libraryState.receiveEvent.wait(receiveWait, lookAtAdapter);
+        libraryState.receiveEvent.wait(receiveWait, emptyFaults < 2);
         const PassResult pass = drainPass(thread);
         // An adapter that reports nothing but faults must not turn the wait into a busy loop.
-        lookAtAdapter = pass.code == 0 || pass.anyFrame;
+        emptyFaults = pass.code == 0 || pass.anyFrame ? 0 : emptyFaults + 1;
     }
     if (thread != currentThread || !libraryState.receiveEventSet) return;
     if (const std::uint32_t status = pcanEventOff(); status == pcan::ok) {

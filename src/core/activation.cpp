@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <optional>
 
@@ -48,6 +49,9 @@ constexpr std::array<BaudRate, 16> baudRates = {{
     {5000, 0x7F7F},
 }};
 
+constinit std::atomic<std::uint64_t> openedBy = 0;  // process
+constinit std::atomic<bool> endsWithProcess = false;
+
 std::optional<std::uint16_t> baudCodeOf(std::uint32_t bitsPerSecond) {
     const auto* const found = std::ranges::find(baudRates, bitsPerSecond, &BaudRate::bitsPerSecond);
     if (found == baudRates.end()) return std::nullopt;
@@ -72,8 +76,11 @@ std::optional<std::uint16_t> openAdapter(std::uint8_t deviceNo, const Activation
         setError(deviceNo, error::wrongBaudRate);
         return std::nullopt;
     }
-    if (initAdapter(deviceNo, settings.adapterType, *code) != 0) return std::nullopt;
-    return code;
+    openedBy = platform::processId();
+    const bool opened = initAdapter(deviceNo, settings.adapterType, *code) == 0;
+    // Once the adapter library is there, so that this library ends before it does.
+    if (!endsWithProcess.exchange(true)) platform::runBeforeLoadedLibrariesEnd(shutDown);
+    return opened ? code : std::nullopt;
 }
 
 // Whether the device streams already. A failure is not reported and leaves `transmitting` as it is.
@@ -133,6 +140,8 @@ void releaseDevice(std::uint8_t deviceNo) {
 
 void releaseAll() {
     for (DeviceRecord& record : deviceTable())
+        record.callCutShort = false;
+    for (DeviceRecord& record : deviceTable())
         beginExclusion(record);
     {
         const platform::LockGuard lock(lifecycleMutex);
@@ -149,6 +158,8 @@ void releaseAll() {
 }
 
 void shutDown() {
+    // A forked child has none of its parent's threads: nothing of the parent's is its to end.
+    if (openedBy != platform::processId()) return;
     for (DeviceRecord& record : deviceTable())
         beginExclusion(record);
     bool anyoneInside = false;

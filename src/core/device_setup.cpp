@@ -134,7 +134,6 @@ DeviceRecord* setUpDevice(std::uint8_t deviceNo, std::uint32_t commandCanId, std
     DeviceRecord& record = deviceRecord(deviceNo);
     if (const std::uint32_t code = prepareRecord(record, deviceNo, commandCanId, answerCanId); code != error::none) {
         // The record is not active yet: its buffers, if any, go with the next zeroing.
-        zeroRecord(record);
         setError(record, code);
         return nullptr;
     }

@@ -30,6 +30,10 @@ class Thread {
 // Number of this process; differs in a forked child, which has none of its parent's threads.
 std::uint64_t processId();
 
+// Linux: lets `action` run when the process ends or this library is unloaded, before the libraries that are loaded now
+// end. Windows: does nothing, the library entry does it all.
+void runBeforeLoadedLibrariesEnd(void (*action)());
+
 // Sleeps by the system's clock.
 void sleepFor(std::chrono::milliseconds duration);
 

@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <memory>
 #include <new>
 
@@ -78,6 +79,10 @@ bool Thread::join(std::optional<std::chrono::milliseconds> limit) {
 
 std::uint64_t processId() {
     return static_cast<std::uint64_t>(getpid());
+}
+
+void runBeforeLoadedLibrariesEnd(void (*action)()) {
+    static_cast<void>(std::atexit(action));
 }
 
 void sleepFor(std::chrono::milliseconds duration) {

@@ -72,6 +72,8 @@ std::uint64_t processId() {
     return GetCurrentProcessId();
 }
 
+void runBeforeLoadedLibrariesEnd(void (*)()) {}
+
 void sleepFor(std::chrono::milliseconds duration) {
     Sleep(static_cast<DWORD>(duration.count()));
 }
