@@ -1,0 +1,41 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string_view>
+
+#include "connection_options.h"
+#include "exit_code.h"
+#include "platform/interruption.h"
+#include "platform/standard_output.h"
+
+namespace torvik::tool {
+
+/// Thrown when the reader of the output has gone: the command ends, and that is no failure.
+struct OutputClosed {};
+
+/// Thrown when the end was requested while a command could not go on otherwise.
+struct Interrupted {};
+
+/// What a running command works with.
+struct Session {
+    platform::StandardOutput& output;
+    platform::Interruption& interruption;
+};
+
+/// Writes data to standard output. Throws OutputClosed, Interrupted, or Failure when it cannot be written.
+void writeData(Session& session, std::string_view bytes);
+
+/// The parser, and what the chosen command does once the whole line has been understood.
+struct CommandLine {
+    CLI::App app;
+    ConnectionOptions connection;  ///< options common to all commands that open a device
+    std::function<ExitCode(Session&)> action;
+};
+
+// Every command is one file that adds itself.
+void addInfoCommand(CommandLine& commandLine);
+void addStreamCommand(CommandLine& commandLine);
+void addExplainCommand(CommandLine& commandLine);
+
+}  // namespace torvik::tool

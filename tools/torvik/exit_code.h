@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string_view>
+
+namespace torvik::tool {
+
+/// What the program ends with. The numbers are documented in --help and docs/tool.md: scripts rely on them.
+enum class ExitCode : int {
+    success = 0,
+    codeUnknown = 1,
+    usage = 2,
+    noAdapter = 3,
+    deviceFailed = 4,
+    streamFailed = 5,
+    outputFailed = 6,
+    interrupted = 130,
+};
+
+inline constexpr std::string_view exitCodeHelp =
+    "Exit codes:\n"
+    "  0    done; also when the reader of the output has closed it\n"
+    "  1    explain: no error has this code\n"
+    "  2    wrong use: unknown option, value out of range, unusable bench file\n"
+    "  3    no adapter: its library is missing or the adapter cannot be opened\n"
+    "  4    the device did not answer, or it could not be activated\n"
+    "  5    failure while streaming\n"
+    "  6    the output could not be written\n"
+    "  130  interrupted (Ctrl-C, or asked to end); the device has been released";
+
+}  // namespace torvik::tool

@@ -1,0 +1,56 @@
+#include "simulation.h"
+
+#include <fmt/format.h>
+
+#include <fstream>
+#include <stdexcept>
+#include <type_traits>
+
+#include "failure.h"
+#include "platform/adapter_library.h"
+#include "virtual_control.h"
+
+namespace torvik::tool {
+
+namespace {
+
+constexpr const char* benchVariable = "TORVIK_VIRTUAL_BENCH";
+
+void checkReadable(const std::string& benchFile) {
+    if (std::ifstream(benchFile).is_open()) return;
+    throw Failure{.exitCode = ExitCode::usage,
+                  .tried = fmt::format("opening the bench file '{}'", benchFile),
+                  .reason = "there is no such file, or it cannot be read",
+                  .advice = "check the path, or use --simulate without a file"};
+}
+
+/// Configures the virtual adapter anew, which tells whether it has understood the bench file.
+void checkUnderstood(const platform::ResidentLibrary& adapter, const std::string& benchFile) {
+    const auto reset = adapter.function<std::remove_reference_t<decltype(virtualReset)>>("virtualReset");
+    const auto message = adapter.function<std::remove_reference_t<decltype(virtualMessage)>>("virtualMessage");
+    if (reset == nullptr || message == nullptr || reset() == 0) return;
+    throw Failure{.exitCode = ExitCode::usage,
+                  .tried = fmt::format("setting the simulated amplifiers up from '{}'", benchFile),
+                  .reason = message(),
+                  .advice = "correct the bench file, or use --simulate without a file"};
+}
+
+}  // namespace
+
+void loadVirtualAdapter(const std::string& benchFile) {
+    if (!benchFile.empty()) {
+        checkReadable(benchFile);
+        platform::setEnvironment(benchVariable, benchFile);
+    }
+    const auto path = platform::executableFolder() / "virtual" / platform::adapterLibraryName();
+    try {
+        checkUnderstood(platform::ResidentLibrary(path), benchFile);
+    } catch (const std::runtime_error& error) {
+        throw Failure{.exitCode = ExitCode::noAdapter,
+                      .tried = fmt::format("loading the virtual adapter '{}'", path.string()),
+                      .reason = error.what(),
+                      .advice = "build the target virtual_adapter, and keep its folder beside this program"};
+    }
+}
+
+}  // namespace torvik::tool
