@@ -104,6 +104,11 @@ void virtualGetCounters(VirtualCounters* counters);
  * Result: number of frames taken. */
 uint32_t virtualTakeWritten(VirtualFrame* frames, uint32_t capacity);
 
+/* The value that set number `set` (0 the first; its low 16 bits are the sequence number) of a device carries on one
+ * channel index, as a receiver decodes it: raw counts for integers. Result: 0; -1 and nothing written when there is no
+ * such device or channel. */
+int32_t virtualValue(uint32_t device, uint32_t channel, uint64_t set, double* value);
+
 #ifdef __cplusplus
 }
 #endif

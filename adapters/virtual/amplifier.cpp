@@ -1,0 +1,116 @@
+#include "amplifier.hpp"
+
+#include <algorithm>
+#include <span>
+
+#include "commands/command_table.hpp"
+
+namespace virtual_adapter {
+
+Amplifier::Amplifier(const AmplifierConfig& config) : config_(config), streaming_(config.streaming) {}
+
+void Amplifier::setStreaming(bool on, Nanoseconds now) {
+    if (on == streaming_) return;
+    streaming_ = on;
+    restartSchedule(now);
+}
+
+void Amplifier::requestSet(Nanoseconds now) {
+    requestedSets_.push_back(now);
+    updateHead();
+}
+
+void Amplifier::dropRequestedSets() {
+    requestedSets_.clear();
+    updateHead();
+}
+
+bool Amplifier::answers(std::uint8_t command) {
+    const CommandRow* const row = findCommand(command);
+    return row == nullptr || row->answered;
+}
+
+Reply Amplifier::execute(const Frame& command, Nanoseconds now) {
+    Reply reply;
+    const std::uint8_t code = command.data[1];
+    const auto parameters = std::span(command.data).first(command.length).subspan(2);
+    const CommandRow* const row = findCommand(code);
+    if (row == nullptr) {
+        reply.error(device_status::kUnknownCommand);
+    } else if (parameters.size() != row->parameterCount || (command.data[0] & 0x0FU) != row->parameterCount) {
+        reply.error(device_status::kWrongParameterNumber);
+    } else {
+        CommandCall call{*this, parameters, now, reply};
+        row->run(call);
+    }
+    if (reply.status() >= device_status::kFirstError) {
+        std::shift_right(protocolErrors_.begin(), protocolErrors_.end(), 1);
+        protocolErrors_[0] = static_cast<std::uint32_t>(code << 8U | reply.status());
+    }
+    return reply;
+}
+
+void Amplifier::connect(Nanoseconds now) {
+    answers_.clear();
+    requestedSets_.clear();
+    setSize_ = setPosition_ = 0;
+    restartSchedule(now);
+}
+
+void Amplifier::hold(bool on, Nanoseconds now) {
+    if (on == held_) return;
+    held_ = on;
+    restartSchedule(now);
+}
+
+void Amplifier::queueAnswer(const Reply::Answer& answer, Nanoseconds ready) {
+    const auto later = [](Nanoseconds time, const Pending& pending) { return time < pending.ready; };
+    const auto place = std::upper_bound(answers_.begin(), answers_.end(), ready, later);
+    answers_.insert(place, Pending{ready, {config_.answerId, kStandardFrame, 8, answer}});
+    updateHead();
+}
+
+Amplifier::Sent Amplifier::takeFrame(Frame& frame, Nanoseconds begun) {
+    if (headIsAnswer()) {
+        frame = answers_.front().frame;
+        answers_.pop_front();
+        updateHead();
+        return Sent::answer;
+    }
+    if (!setBegun()) beginSet(begun);
+    const bool any = setBegun();
+    if (any) frame = set_[setPosition_++];
+    updateHead();
+    return any ? Sent::value : Sent::nothing;
+}
+
+Nanoseconds Amplifier::setTime() const {
+    const Nanoseconds requested = requestedSets_.empty() ? kNever : requestedSets_.front();
+    return std::min(requested, schedule_.due());
+}
+
+void Amplifier::beginSet(Nanoseconds begun) {
+    setReady_ = setTime();
+    if (schedule_.due() <= setReady_) {
+        schedule_.advancePast(begun);
+    } else {
+        requestedSets_.pop_front();
+    }
+    setSize_ = values_.nextSet(set_);
+    setPosition_ = 0;
+}
+
+void Amplifier::restartSchedule(Nanoseconds now) {
+    if (streaming_ && !held_) {
+        schedule_.start(now, config_.frequency);
+    } else {
+        schedule_.stop();
+    }
+    updateHead();
+}
+
+void Amplifier::updateHead() {
+    headTime_ = setBegun() ? setReady_ : std::min(answerTime(), setTime());
+}
+
+}  // namespace virtual_adapter

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <deque>
+
+#include "bench.hpp"
+#include "frame.hpp"
+#include "reply.hpp"
+#include "stream_schedule.hpp"
+#include "value_stream.hpp"
+
+namespace virtual_adapter {
+
+// A simulated amplifier: carries commands out, and is a node of the bus with frames to send, one after the other: the
+// set it has begun, then answers and sets in the order in which they became ready.
+class Amplifier {
+  public:
+    explicit Amplifier(const AmplifierConfig& config);
+    Amplifier(const Amplifier&) = delete;
+    Amplifier& operator=(const Amplifier&) = delete;
+
+    // The device.
+    [[nodiscard]] const AmplifierConfig& config() const { return config_; }
+    [[nodiscard]] ValueStream& values() { return values_; }
+    [[nodiscard]] const ValueStream& values() const { return values_; }
+    using ProtocolErrors = std::array<std::uint32_t, 8>;
+    [[nodiscard]] ProtocolErrors& protocolErrors() { return protocolErrors_; }
+    [[nodiscard]] bool streaming() const { return streaming_; }
+    void setStreaming(bool on, Nanoseconds now);
+    void requestSet(Nanoseconds now);
+    void dropRequestedSets();
+
+    // Whether a command is answered at all, be it with an error.
+    [[nodiscard]] static bool answers(std::uint8_t command);
+    // Carries out a command frame of at least two bytes.
+    Reply execute(const Frame& command, Nanoseconds now);
+
+    // The node.
+    void connect(Nanoseconds now);
+    void hold(bool on, Nanoseconds now);
+    void queueAnswer(const Reply::Answer& answer, Nanoseconds ready);
+
+    // When its next frame is ready, and that frame's identifier.
+    [[nodiscard]] Nanoseconds headTime() const { return headTime_; }
+    [[nodiscard]] std::uint32_t headId() const { return headIsAnswer() ? config_.answerId : config_.valueId; }
+
+    enum class Sent : std::uint8_t { nothing, answer, value };
+    // Takes the frame whose turn it is; `begun` is when it gets the bus. Nothing: all frames of a set are left out.
+    Sent takeFrame(Frame& frame, Nanoseconds begun);
+    [[nodiscard]] bool setBegun() const { return setPosition_ < setSize_; }
+
+  private:
+    struct Pending {
+        Nanoseconds ready;
+        Frame frame;
+    };
+
+    [[nodiscard]] Nanoseconds setTime() const;
+    [[nodiscard]] Nanoseconds answerTime() const { return answers_.empty() ? kNever : answers_.front().ready; }
+    [[nodiscard]] bool headIsAnswer() const { return !setBegun() && answerTime() <= setTime(); }
+    void beginSet(Nanoseconds begun);
+    void restartSchedule(Nanoseconds now);
+    void updateHead();
+
+    AmplifierConfig config_;
+    ValueStream values_{config_};
+    ProtocolErrors protocolErrors_{};
+    bool streaming_;
+    bool held_ = false;
+
+    std::deque<Pending> answers_;
+    std::deque<Nanoseconds> requestedSets_;
+    StreamSchedule schedule_;
+    ValueStream::Frames set_;
+    std::size_t setSize_ = 0;
+    std::size_t setPosition_ = 0;
+    Nanoseconds setReady_ = kNever;
+    Nanoseconds headTime_ = kNever;
+};
+
+}  // namespace virtual_adapter

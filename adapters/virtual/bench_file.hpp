@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "bench.hpp"
+
+namespace virtual_adapter {
+
+struct BenchResult {
+    std::optional<BenchConfig> bench;
+    std::string message;  // why there is no bench: "name:line:column: reason"
+};
+
+// Bench descriptions in TOML; docs/virtual-adapter.md says what they consist of.
+[[nodiscard]] BenchResult parseBench(std::string_view text, const std::string& name);
+[[nodiscard]] BenchResult readBenchFile(const std::string& path);
+
+}  // namespace virtual_adapter

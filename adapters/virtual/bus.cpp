@@ -1,0 +1,232 @@
+#include "bus.hpp"
+
+#include <algorithm>
+
+#include "baud_rates.hpp"
+
+namespace virtual_adapter {
+namespace {
+
+constexpr Nanoseconds kMicrosecond = 1000;
+
+bool isCommand(const Frame& frame) {
+    return frame.type == kStandardFrame && frame.length >= 2 && (frame.data[0] & 0x80U) != 0;
+}
+
+Frame foreignFrame(std::uint32_t id, std::uint64_t number) {
+    const std::uint8_t type = id > kHighestStandardId ? kExtendedFrame : kStandardFrame;
+    Frame frame{id, type, 8, {}};
+    for (unsigned i = 0; i < 8; ++i)
+        frame.data[i] = static_cast<std::uint8_t>(number >> (56U - 8U * i));
+    return frame;
+}
+
+}  // namespace
+
+void Bus::setUp(const BenchConfig& bench) {
+    timing_ = bench.timing;
+    amplifiers_.clear();
+    deviceOfCommandId_.fill(kNoDevice);
+    for (const AmplifierConfig& config : bench.amplifiers) {
+        deviceOfCommandId_[config.commandId] = static_cast<std::uint8_t>(amplifiers_.size());
+        amplifiers_.push_back(std::make_unique<Amplifier>(config));
+    }
+    ready_.assign(amplifiers_.size() + 2, kNever);
+}
+
+void Bus::open(Nanoseconds now, std::uint32_t bitRate) {
+    bitRate_ = bitRate;
+    busFree_ = now;
+    unsent_.clear();
+    for (const auto& amplifier : amplifiers_)
+        amplifier->connect(now);
+    startForeign(now);
+    updateDue();
+}
+
+void Bus::close() {
+    bitRate_ = 0;
+    nextDue_ = kNever;
+}
+
+void Bus::advance(Nanoseconds now, FrameReceiver& receiver) {
+    for (;;) {
+        const Turn turn = nextTurn();
+        if (turn.begin > now) break;
+        const Nanoseconds end = turn.begin + duration(turn.node);
+        if (end > now) break;
+        takeTurn(turn, end, receiver);
+    }
+    findNextDue();
+}
+
+bool Bus::write(const Frame& frame, Nanoseconds now, FrameReceiver& receiver) {
+    if (!timing_) {
+        carryToAmplifier(frame, now);
+        advance(now, receiver);
+        return true;
+    }
+    if (unsent_.size() == kTransmitSlots) return false;
+    unsent_.push({now, frame});
+    refresh(clientNode());
+    findNextDue();
+    return true;
+}
+
+void Bus::dropUnsent() {
+    unsent_.clear();
+    refresh(clientNode());
+    findNextDue();
+}
+
+void Bus::setLoad(std::uint32_t percent, std::uint32_t id, Nanoseconds now) {
+    foreign_ = {};
+    foreign_.id = std::min(id, kHighestExtendedId);
+    foreign_.percent = std::min(percent, 100U);
+    startForeign(now);
+    refresh(foreignNode());
+    findNextDue();
+}
+
+void Bus::startForeign(Nanoseconds now) {
+    foreign_.ready = kNever;
+    if (foreign_.percent == 0 || bitRate_ == 0) return;
+    const Nanoseconds time = frameDuration(frameBits(foreignFrame(foreign_.id, 0).type, 8), bitRate_);
+    foreign_.period = time * 100 / foreign_.percent;
+    foreign_.ready = now + foreign_.period;
+}
+
+void Bus::updateDue() {
+    for (std::size_t node = 0; node < ready_.size(); ++node)
+        refresh(node);
+    findNextDue();
+}
+
+void Bus::sendSet(std::size_t device, Nanoseconds now, FrameReceiver& receiver) {
+    ValueStream::Frames frames;
+    const std::size_t count = amplifiers_[device]->values().nextSet(frames);
+    for (std::size_t i = 0; i < count; ++i) {
+        ++counters_.valueFramesSent;
+        receiver.receive(frames[i], now);
+    }
+}
+
+void Bus::refresh(std::size_t node) {
+    if (node < amplifiers_.size()) {
+        ready_[node] = amplifiers_[node]->headTime();
+    } else if (node == foreignNode()) {
+        ready_[node] = foreign_.ready;
+    } else {
+        ready_[node] = unsent_.empty() ? kNever : unsent_.front().time;
+    }
+}
+
+void Bus::findNextDue() {
+    if (bitRate_ == 0) return;
+    const Turn turn = nextTurn();
+    if (turn.begin == kNever) {
+        nextDue_ = kNever;
+        return;
+    }
+    nextDue_ = turn.begin + duration(turn.node);
+    // What the client sends itself does not come back to it; the earliest that can follow is a frame of 8 bytes.
+    if (timing_ && turn.node == clientNode()) nextDue_ += frameDuration(frameBits(kStandardFrame, 8), bitRate_);
+}
+
+std::uint32_t Bus::headId(std::size_t node) const {
+    if (node < amplifiers_.size()) return amplifiers_[node]->headId();
+    return node == foreignNode() ? foreign_.id : unsent_.front().frame.id;
+}
+
+Bus::Turn Bus::nextTurn() const {
+    const auto first = std::ranges::min_element(ready_);
+    Turn turn{static_cast<std::size_t>(first - ready_.begin()), *first};
+    if (!timing_ || *first == kNever) return turn;
+    turn.begin = std::max(busFree_, *first);
+    for (std::size_t node = 0; node < ready_.size(); ++node) {
+        if (ready_[node] <= turn.begin && headId(node) < headId(turn.node)) turn.node = node;
+    }
+    return turn;
+}
+
+Nanoseconds Bus::duration(std::size_t node) const {
+    if (!timing_) return 0;
+    if (node != clientNode())
+        return frameDuration(frameBits(headId(node) > kHighestStandardId ? kExtendedFrame : 0, 8), bitRate_);
+    const Frame& frame = unsent_.front().frame;
+    return frameDuration(frameBits(frame.type, frame.length), bitRate_);
+}
+
+void Bus::takeTurn(const Turn& turn, Nanoseconds end, FrameReceiver& receiver) {
+    if (turn.node < amplifiers_.size()) {
+        sendFromAmplifier(turn, end, receiver);
+    } else if (turn.node == foreignNode()) {
+        busFree_ = end;
+        receiver.receive(foreignFrame(foreign_.id, foreign_.sent++), end);
+        foreign_.ready = std::max(foreign_.ready + foreign_.period, turn.begin);
+    } else {
+        busFree_ = end;
+        const Frame frame = unsent_.front().frame;
+        unsent_.pop();
+        carryToAmplifier(frame, end);
+    }
+    refresh(turn.node);
+}
+
+void Bus::sendFromAmplifier(const Turn& turn, Nanoseconds end, FrameReceiver& receiver) {
+    Amplifier& amplifier = *amplifiers_[turn.node];
+    do {
+        Frame frame;
+        const Amplifier::Sent sent = amplifier.takeFrame(frame, turn.begin);
+        if (sent == Amplifier::Sent::nothing) return;
+        ++(sent == Amplifier::Sent::answer ? counters_.answersSent : counters_.valueFramesSent);
+        busFree_ = end;
+        receiver.receive(frame, end);
+    } while (!timing_ && amplifier.setBegun());
+}
+
+void Bus::carryToAmplifier(const Frame& frame, Nanoseconds arrival) {
+    if (!isCommand(frame)) return;
+    const std::size_t device = deviceOfCommandId_[frame.id];
+    if (device == kNoDevice) return;
+    ++counters_.commandsReceived;
+    Amplifier& amplifier = *amplifiers_[device];
+    const std::uint8_t command = frame.data[1];
+    const bool answered = amplifier.answers(command);
+    auto rule = answered ? rules_.take(static_cast<std::uint32_t>(device), command) : std::nullopt;
+    if (rule && rule->action == VIRTUAL_ANSWER_REPLACE) {
+        queueAnswer(amplifier, rule->answer, arrival, rule);
+    } else {
+        const Reply reply = amplifier.execute(frame, arrival);
+        bool first = true;
+        for (const Reply::Answer& answer : reply.answers()) {
+            if (!first) rule = rules_.take(static_cast<std::uint32_t>(device), command);
+            first = false;
+            queueAnswer(amplifier, answer, arrival, rule);
+        }
+    }
+    refresh(device);
+}
+
+void Bus::queueAnswer(Amplifier& amplifier, const Reply::Answer& answer, Nanoseconds arrival,
+                      const std::optional<AnswerRules::Rule>& rule) {
+    const Nanoseconds ready = arrival + amplifier.config().answerTime * kMicrosecond;
+    if (!rule) return amplifier.queueAnswer(answer, ready);
+    switch (rule->action) {
+        case VIRTUAL_ANSWER_DROP:
+            ++counters_.answersDropped;
+            break;
+        case VIRTUAL_ANSWER_DELAY:
+            amplifier.queueAnswer(answer, arrival + rule->microseconds * kMicrosecond);
+            break;
+        case VIRTUAL_ANSWER_DOUBLE:
+            amplifier.queueAnswer(answer, ready);
+            amplifier.queueAnswer(answer, ready);
+            break;
+        default:
+            amplifier.queueAnswer(rule->answer, ready);
+            break;
+    }
+}
+
+}  // namespace virtual_adapter

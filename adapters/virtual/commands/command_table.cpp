@@ -1,0 +1,26 @@
+#include "commands/command_table.hpp"
+
+#include <array>
+
+namespace virtual_adapter {
+namespace {
+
+using Table = std::array<const CommandRow*, 256>;
+
+Table makeTable() {
+    Table table{};
+    for (const auto family : {canCommands(), identityCommands(), statusCommands(), valueCommands()}) {
+        for (const CommandRow& row : family)
+            table[row.code] = &row;
+    }
+    return table;
+}
+
+}  // namespace
+
+const CommandRow* findCommand(std::uint8_t code) {
+    static const Table table = makeTable();
+    return table[code];
+}
+
+}  // namespace virtual_adapter
