@@ -26,9 +26,9 @@ Frame foreignFrame(std::uint32_t id, std::uint64_t number) {
 void Bus::setUp(const BenchConfig& bench) {
     timing_ = bench.timing;
     amplifiers_.clear();
-    deviceOfCommandId_.fill(kNoDevice);
+    commandIds_.clear();
     for (const AmplifierConfig& config : bench.amplifiers) {
-        deviceOfCommandId_[config.commandId] = static_cast<std::uint8_t>(amplifiers_.size());
+        commandIds_.push_back(config.commandId);
         amplifiers_.push_back(std::make_unique<Amplifier>(config));
     }
     ready_.assign(amplifiers_.size() + 2, kNever);
@@ -62,7 +62,7 @@ void Bus::advance(Nanoseconds now, FrameReceiver& receiver) {
 
 bool Bus::write(const Frame& frame, Nanoseconds now, FrameReceiver& receiver) {
     if (!timing_) {
-        carryToAmplifier(frame, now);
+        carryToAmplifiers(frame, now);
         advance(now, receiver);
         return true;
     }
@@ -168,7 +168,7 @@ void Bus::takeTurn(const Turn& turn, Nanoseconds end, FrameReceiver& receiver) {
         busFree_ = end;
         const Frame frame = unsent_.front().frame;
         unsent_.pop();
-        carryToAmplifier(frame, end);
+        carryToAmplifiers(frame, end);
     }
     refresh(turn.node);
 }
@@ -185,10 +185,14 @@ void Bus::sendFromAmplifier(const Turn& turn, Nanoseconds end, FrameReceiver& re
     } while (!timing_ && amplifier.setBegun());
 }
 
-void Bus::carryToAmplifier(const Frame& frame, Nanoseconds arrival) {
+void Bus::carryToAmplifiers(const Frame& frame, Nanoseconds arrival) {
     if (!isCommand(frame)) return;
-    const std::size_t device = deviceOfCommandId_[frame.id];
-    if (device == kNoDevice) return;
+    for (std::size_t device = 0; device < commandIds_.size(); ++device) {
+        if (commandIds_[device] == frame.id) carryOut(device, frame, arrival);
+    }
+}
+
+void Bus::carryOut(std::size_t device, const Frame& frame, Nanoseconds arrival) {
     ++counters_.commandsReceived;
     Amplifier& amplifier = *amplifiers_[device];
     const std::uint8_t command = frame.data[1];

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -66,8 +65,6 @@ class Bus {
     void sendSet(std::size_t device, Nanoseconds now, FrameReceiver& receiver);
 
   private:
-    static constexpr std::uint8_t kNoDevice = 0xFF;
-
     struct Foreign {
         std::uint32_t id = 0;
         std::uint32_t percent = 0;
@@ -92,7 +89,8 @@ class Bus {
     void startForeign(Nanoseconds now);
     void takeTurn(const Turn& turn, Nanoseconds end, FrameReceiver& receiver);
     void sendFromAmplifier(const Turn& turn, Nanoseconds end, FrameReceiver& receiver);
-    void carryToAmplifier(const Frame& frame, Nanoseconds arrival);
+    void carryToAmplifiers(const Frame& frame, Nanoseconds arrival);
+    void carryOut(std::size_t device, const Frame& frame, Nanoseconds arrival);
     void queueAnswer(Amplifier& amplifier, const Reply::Answer& answer, Nanoseconds arrival,
                      const std::optional<AnswerRules::Rule>& rule);
 
@@ -102,8 +100,8 @@ class Bus {
     Nanoseconds busFree_ = 0;
     Nanoseconds nextDue_ = kNever;
     std::vector<std::unique_ptr<Amplifier>> amplifiers_;
-    std::array<std::uint8_t, kHighestStandardId + 1> deviceOfCommandId_{};
-    std::vector<Nanoseconds> ready_;  // per node
+    std::vector<std::uint32_t> commandIds_;  // per amplifier
+    std::vector<Nanoseconds> ready_;         // per node
     AnswerRules rules_;
     Foreign foreign_;
     Ring<TimedFrame, kTransmitSlots> unsent_;

@@ -6,16 +6,34 @@
 using virtual_adapter::Adapter;
 using virtual_adapter::AnswerRules;
 
+namespace {
+
+// No exception leaves the library.
+template <class Call>
+int32_t succeeds(Call call) noexcept {
+    try {
+        return call(Adapter::instance()) ? 0 : -1;
+    } catch (...) {
+        return -1;
+    }
+}
+
+}  // namespace
+
 int32_t virtualReset(void) {
-    return Adapter::instance().resetAll() ? 0 : -1;
+    return succeeds([](Adapter& adapter) { return adapter.resetAll(); });
 }
 
 int32_t virtualConfigure(const char* toml) {
-    return Adapter::instance().configure(virtual_adapter::parseBench(toml == nullptr ? "" : toml, "bench")) ? 0 : -1;
+    return succeeds([&](Adapter& adapter) {
+        return adapter.configure(virtual_adapter::parseBench(toml == nullptr ? "" : toml, "bench"));
+    });
 }
 
 int32_t virtualConfigureFile(const char* path) {
-    return Adapter::instance().configure(virtual_adapter::readBenchFile(path == nullptr ? "" : path)) ? 0 : -1;
+    return succeeds([&](Adapter& adapter) {
+        return adapter.configure(virtual_adapter::readBenchFile(path == nullptr ? "" : path));
+    });
 }
 
 const char* virtualMessage(void) {
@@ -34,7 +52,10 @@ void virtualAnswerRule(uint32_t device, uint32_t command, uint32_t action, uint3
                        const uint8_t* answer) {
     AnswerRules::Rule rule{device, command, action, times, microseconds, {}};
     if (answer != nullptr) std::copy_n(answer, rule.answer.size(), rule.answer.begin());
-    Adapter::instance().addAnswerRule(rule);
+    static_cast<void>(succeeds([&](Adapter& adapter) {
+        adapter.addAnswerRule(rule);
+        return true;
+    }));
 }
 
 void virtualClearAnswerRules(void) {
