@@ -1,0 +1,86 @@
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include "support/bench_fixture.h"
+
+namespace {
+
+using namespace torvik::test;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+class Release : public Bench {
+  protected:
+    // Releases `number` while a call waits for an answer that does not come.
+    static void releaseDuringACall(std::int32_t number) {
+        activate();
+        drop(0x01, 1);
+        std::atomic<std::int32_t> result = 0;
+        std::thread caller([&result] {
+            std::uint32_t ident = 0;
+            result = TORVIKgetInterfaceIdent(device, 0, &ident);
+        });
+        while (takeWritten().empty())
+            std::this_thread::sleep_for(milliseconds(1));
+        const auto begun = Clock::now();
+        TORVIKrelease(number);
+        caller.join();
+        EXPECT_LT(Clock::now() - begun, milliseconds(1000)) << "well before the answer's two seconds";
+        EXPECT_EQ(result, -1);
+        expectLastError(device, 0x30000113, notInitialized);
+    }
+};
+
+TEST_F(Release, CallThatWaitsForItsAnswerEndsWithTheDevice) {
+    releaseDuringACall(device);
+}
+
+TEST_F(Release, CallThatWaitsForItsAnswerEndsWithEverything) {
+    releaseDuringACall(0);
+}
+
+TEST_F(Release, OneOfSeveralActivationsOfADeviceSucceeds) {
+    for (int round = 0; round < 20; ++round) {
+        std::atomic<int> successes = 0;
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([&successes] {
+                std::uint32_t channels = 0;
+                if (TORVIKactivateStd(device, &channels) == 0 && channels == 6) ++successes;
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(successes, 1);
+        takeLastError(device);
+        settle();
+        TORVIKrelease(0);
+    }
+}
+
+TEST_F(Release, ReadingWhileDevicesComeAndGoStaysWithinItsResults) {
+    std::atomic<bool> ends = false;
+    std::atomic<int> outOfRange = 0;
+    std::thread reader([&] {
+        std::array<double, 12> values{};
+        while (!ends) {
+            std::int32_t count = 0;
+            const std::int32_t result = TORVIKreadMultiple(device, 0, values.data(), 12, &count, nullptr);
+            if (result < -1 || result > 1 || count < 0 || count > 12) ++outOfRange;
+        }
+    });
+    for (int round = 0; round < 30; ++round) {
+        std::uint32_t channels = 0;
+        EXPECT_EQ(TORVIKactivateStd(device, &channels), 0);
+        virtualSendSets(amplifier, 20);
+        TORVIKrelease(round % 2 == 0 ? device : 0);
+    }
+    ends = true;
+    reader.join();
+    EXPECT_EQ(outOfRange, 0);
+}
+
+}  // namespace
