@@ -2,6 +2,8 @@
 
 #include <exception>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "TORVIK.h"
 #include "command_line.h"
@@ -39,7 +41,11 @@ ExitCode reportParsing(Session& session, const CLI::App& app, const CLI::ParseEr
         writeData(session, data.str());
         return ExitCode::success;
     }
-    printMessage(fmt::format("torvik: {}\n  next:    torvik --help, or torvik COMMAND --help\n", error.what()));
+    // The parser misses a command before it minds one that it does not know.
+    const std::vector<std::string> unknown = app.remaining();
+    const bool unknownCommand = app.get_subcommands().empty() && !unknown.empty();
+    const std::string reason = unknownCommand ? fmt::format("there is no command '{}'", unknown.front()) : error.what();
+    printMessage(fmt::format("torvik: {}\n  next:    torvik --help, or torvik COMMAND --help\n", reason));
     return ExitCode::usage;
 }
 

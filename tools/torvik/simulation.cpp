@@ -24,11 +24,10 @@ void checkReadable(const std::string& benchFile) {
                   .advice = "check the path, or use --simulate without a file"};
 }
 
-/// Configures the virtual adapter anew, which tells whether it has understood the bench file.
+/// The virtual adapter keeps what it did not understand of the bench file as its message.
 void checkUnderstood(const platform::ResidentLibrary& adapter, const std::string& benchFile) {
-    const auto reset = adapter.function<std::remove_reference_t<decltype(virtualReset)>>("virtualReset");
     const auto message = adapter.function<std::remove_reference_t<decltype(virtualMessage)>>("virtualMessage");
-    if (reset == nullptr || message == nullptr || reset() == 0) return;
+    if (message == nullptr || *message() == '\0') return;
     throw Failure{.exitCode = ExitCode::usage,
                   .tried = fmt::format("setting the simulated amplifiers up from '{}'", benchFile),
                   .reason = message(),
