@@ -12,9 +12,9 @@ extern "C" {
 #endif
 
 typedef struct VirtualFrame {
-    uint32_t id;      /* CAN identifier */
-    uint8_t type;     /* message type as the entry points use it: 0 standard, 2 extended */
-    uint8_t length;   /* 0..255: lengths above 8 are delivered as they are */
+    uint32_t id;    /* CAN identifier */
+    uint8_t type;   /* message type as the entry points use it: 0 standard, 2 extended */
+    uint8_t length; /* 0..255: lengths above 8 are delivered as they are */
     uint8_t data[8];
 } VirtualFrame;
 
@@ -33,10 +33,10 @@ enum VirtualEntry {
 };
 
 enum VirtualAnswerAction {
-    VIRTUAL_ANSWER_DROP,    /* the command is carried out, its answer is not sent */
-    VIRTUAL_ANSWER_DELAY,   /* the answer is sent `microseconds` after the command */
-    VIRTUAL_ANSWER_DOUBLE,  /* the answer is sent twice */
-    VIRTUAL_ANSWER_REPLACE  /* `answer` is sent in place of the device's answer; the command is not carried out */
+    VIRTUAL_ANSWER_DROP,   /* the command is carried out, its answer is not sent */
+    VIRTUAL_ANSWER_DELAY,  /* the answer is sent `microseconds` after the command */
+    VIRTUAL_ANSWER_DOUBLE, /* the answer is sent twice */
+    VIRTUAL_ANSWER_REPLACE /* `answer` is sent in place of the device's answer; the command is not carried out */
 };
 
 #define VIRTUAL_FOR_EVER 0xFFFFFFFFu
@@ -51,7 +51,7 @@ typedef struct VirtualCounters {
     uint64_t framesDiscarded;            /* frames thrown away by CAN_Reset, CAN_Uninitialize or virtualReset */
     uint64_t commandsReceived;           /* command frames that reached a simulated amplifier */
     uint64_t answersSent;
-    uint64_t answersDropped;             /* by VIRTUAL_ANSWER_DROP */
+    uint64_t answersDropped; /* by VIRTUAL_ANSWER_DROP */
     uint64_t valueFramesSent;
 } VirtualCounters;
 
@@ -92,7 +92,8 @@ void virtualRepeatFrame(uint32_t device, uint32_t channel, uint32_t times);
 /* Foreign traffic: frames of this identifier fill so many percent of the bus (0: none). */
 void virtualBusLoad(uint32_t percent, uint32_t id);
 
-/* While paused (1), reading finds nothing and nobody is woken; frames go on collecting in the queue (32,767 at most). */
+/* While paused (1), reading finds nothing and nobody is woken; frames go on collecting in the queue (32,767 at most).
+ */
 void virtualPause(uint32_t pause);
 
 /* Frames waiting to be read. */
