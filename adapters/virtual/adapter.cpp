@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -36,23 +37,18 @@ bool isValid(const CanMessage& message) {
     return message.id <= ((message.type & kExtendedFrame) != 0 ? kHighestExtendedId : kHighestStandardId);
 }
 
-union Storage {
-    Storage() {}
-    ~Storage() {}
-    Adapter adapter;
-};
-Storage storage;
+alignas(Adapter) std::array<std::byte, sizeof(Adapter)> storage;
 std::atomic<bool> made = false;
 
 }  // namespace
 
 Adapter& Adapter::instance() {
-    static Adapter& adapter = []() -> Adapter& {
-        std::construct_at(&storage.adapter);
+    static Adapter* const adapter = [] {
+        auto* const constructed = std::construct_at(reinterpret_cast<Adapter*>(storage.data()));
         made = true;
-        return storage.adapter;
+        return constructed;
     }();
-    return adapter;
+    return *adapter;
 }
 
 void Adapter::shutDownInstance() {
@@ -250,8 +246,10 @@ void Adapter::shutDown() {
         const std::lock_guard guard(lock_);
         if (channel_ != 0) closeChannel();
         shutDown_ = true;
-        bus_.setUp({});
-        message_ = {};
+        bus_.release();
+        bench_ = BenchConfig();
+        filter_ = Filter();
+        message_ = std::string();
     }
     notifier_.release();
 }

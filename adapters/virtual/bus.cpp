@@ -34,6 +34,13 @@ void Bus::setUp(const BenchConfig& bench) {
     ready_.assign(amplifiers_.size() + 2, kNever);
 }
 
+void Bus::release() {
+    amplifiers_ = std::vector<std::unique_ptr<Amplifier>>();
+    commandIds_ = std::vector<std::uint32_t>();
+    ready_ = std::vector<Nanoseconds>();
+    rules_ = AnswerRules();
+}
+
 void Bus::open(Nanoseconds now, std::uint32_t bitRate) {
     bitRate_ = bitRate;
     busFree_ = now;
@@ -80,6 +87,7 @@ void Bus::dropUnsent() {
 }
 
 void Bus::setLoad(std::uint32_t percent, std::uint32_t id, Nanoseconds now) {
+    if (ready_.empty()) return;
     foreign_ = {};
     foreign_.id = std::min(id, kHighestExtendedId);
     foreign_.percent = std::min(percent, 100U);

@@ -37,6 +37,8 @@ class Bus {
     Bus& operator=(const Bus&) = delete;
 
     void setUp(const BenchConfig& bench);
+    // Gives all memory back; only setUp() makes it a bus again.
+    void release();
 
     // The adapter goes on the bus / off it. Off the bus nothing happens at all.
     void open(Nanoseconds now, std::uint32_t bitRate);

@@ -1,6 +1,7 @@
 """torvik stream into a pipe or a file: plain CSV."""
 import signal
 import time
+import unittest
 
 from tool_runner import (INTERRUPTED, ON_WINDOWS, OUTPUT_FAILED, STREAM_FAILED, SUCCESS, ToolTest, environment, main,
                          only_linux, rows, run, started, values)
@@ -142,6 +143,7 @@ class Interruption(ToolTest):
             self.assertEqual({len(row) for row in rows(text)}, {8})
             self.assertEqual(errors, b"")
 
+    @unittest.skipIf(ON_WINDOWS, "Wine does not take back a write into a pipe that nobody reads")
     def test_ctrl_c_ends_the_tool_when_nobody_takes_its_output(self):
         with started("stream", "--simulate", self.bench(FAST)) as process:
             time.sleep(3)

@@ -22,6 +22,7 @@ void setUpParser(CommandLine& commandLine) {
     app.set_version_flag(
         "--version", fmt::format("torvik {} (library {}.{})", TORVIK_TOOL_VERSION, version >> 16, version & 0xFFFF));
     app.require_subcommand(1);
+    app.allow_windows_style_options(false);  // a path may begin with a slash on every system
     app.get_formatter()->column_width(28);
     addHiddenConnectionOptions(app, commandLine.connection);
     addInfoCommand(commandLine);

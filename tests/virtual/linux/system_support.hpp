@@ -4,6 +4,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -19,7 +20,7 @@ inline void setEnvironment(const char* name, const char* value) {
 }
 
 // How late a waiter may be woken half of the time, on a busy machine.
-inline constexpr int kWakeToleranceMicroseconds = 1000;
+inline constexpr std::chrono::milliseconds kWakeTolerance{1};
 inline constexpr int kExitRuns = 20;
 
 // The receive notification as a client of this system uses it.

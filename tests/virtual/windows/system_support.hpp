@@ -5,6 +5,7 @@
 #endif
 #include <windows.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -19,7 +20,7 @@ inline void setEnvironment(const char* name, const char* value) {
 }
 
 // How late a waiter may be woken half of the time: timers are no finer than the clock tick on some systems.
-inline constexpr int kWakeToleranceMicroseconds = 20'000;
+inline constexpr std::chrono::milliseconds kWakeTolerance{20};
 inline constexpr int kExitRuns = 5;
 
 // The receive notification as a client of this system uses it.

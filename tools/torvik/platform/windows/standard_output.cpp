@@ -52,7 +52,9 @@ WriteResult StandardOutput::write(std::string_view bytes) {
         DWORD written = 0;
         if (WriteFile(handleOf(descriptor_), bytes.data(), portion, &written, nullptr) == 0) {
             const DWORD error = GetLastError();
-            if (error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA) return WriteResult::closed;
+            if (error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA || error == ERROR_PIPE_NOT_CONNECTED) {
+                return WriteResult::closed;
+            }
             return error == ERROR_OPERATION_ABORTED ? WriteResult::interrupted : WriteResult::failed;
         }
         bytes.remove_prefix(written);
