@@ -1,0 +1,94 @@
+// Reading blocks of 1,000 values against copying the bytes that are delivered.
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include "api/TORVIK.h"
+#include "benchmarks.h"
+#include "can/receive_thread.h"
+#include "devices.h"
+#include "frames.h"
+#include "memory_adapter.h"
+
+namespace torvik::bench {
+
+namespace {
+
+constexpr int repetitions = 5;
+constexpr std::int32_t blockLength = 1000;
+constexpr std::uint32_t blocks = 32;
+constexpr std::uint32_t valueCount = blocks * blockLength;
+
+using Block = std::array<double, blockLength>;
+
+const std::vector<PcanMessage>& framesOfLargeDevice() {
+    static const std::vector<PcanMessage> frames = [] {
+        std::vector<PcanMessage> made(valueCount);
+        for (std::uint32_t set = 0; set < valueCount; ++set)
+            made[set] = valueFrame(largeDevice, 0, set);
+        return made;
+    }();
+    return frames;
+}
+
+bool holdsBlock(const Block& block, std::uint32_t firstSet) {
+    for (std::uint32_t i = 0; i < blockLength; ++i) {
+        if (block[i] != scaledValueOf(largeDevice, 0, firstSet + i)) return false;
+    }
+    return true;
+}
+
+void fillLargeDevice() {
+    clearAllBuffers();
+    MemoryAdapter::instance().queue(framesOfLargeDevice());
+    drainReceiveQueue();
+}
+
+void blockRead(benchmark::State& state) {
+    const WithoutReceiveThread direct;
+    Block values{};
+    for ([[maybe_unused]] auto _ : state) {
+        fillLargeDevice();
+        std::int32_t read = 0;
+        const Stopwatch watch;
+        for (std::uint32_t block = 0; block < blocks; ++block) {
+            std::int32_t count = 0;
+            TORVIKreadMultiple(largeDevice, 1, values.data(), blockLength, &count, nullptr);
+            benchmark::DoNotOptimize(values.data());
+            benchmark::ClobberMemory();
+            read += count;
+        }
+        watch.stop(state);
+        const bool complete = read == static_cast<std::int32_t>(valueCount);
+        if (!complete || !holdsBlock(values, valueCount - blockLength)) {
+            return state.SkipWithError("values are missing or out of order");
+        }
+    }
+}
+
+// The same bytes, as one block after the other was delivered.
+void blockCopy(benchmark::State& state) {
+    std::vector<Block> delivered(blocks);
+    for (std::uint32_t i = 0; i < valueCount; ++i)
+        delivered[i / blockLength][i % blockLength] = scaledValueOf(largeDevice, 0, i);
+    Block values{};
+    for ([[maybe_unused]] auto _ : state) {
+        const Stopwatch watch;
+        for (const Block& block : delivered) {
+            std::memcpy(values.data(), block.data(), sizeof block);
+            benchmark::DoNotOptimize(values.data());
+            benchmark::ClobberMemory();
+        }
+        watch.stop(state);
+        if (!holdsBlock(values, valueCount - blockLength)) return state.SkipWithError("wrong copy");
+    }
+}
+
+}  // namespace
+
+void registerBlockRead() {
+    registerManual(name::blockRead, blockRead, repetitions);
+    registerManual(name::blockCopy, blockCopy, repetitions);
+}
+
+}  // namespace torvik::bench

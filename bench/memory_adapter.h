@@ -1,0 +1,57 @@
+// An adapter library inside the benchmark program whose receive queue lies in memory: linking it takes the place of
+// loading one. Its entry points are called through the library's own binding, as any adapter's.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "can/pcan_api.h"
+
+namespace torvik::bench {
+
+class MemoryAdapter {
+  public:
+    using Clock = std::chrono::steady_clock;
+
+    static MemoryAdapter& instance();
+
+    // Puts frames into the receive queue without telling anybody. One thread at a time.
+    void queue(std::span<const PcanMessage> frames);
+    // Makes the descriptor readable, as when frames arrive.
+    void signal();
+
+    // When the queue was last found empty, and how often that has been so.
+    Clock::time_point emptiedAt() const { return emptiedAt_; }
+    std::uint32_t timesEmptied() const { return timesEmptied_.load(std::memory_order_acquire); }
+
+    // How many commands have been written, and when the last one was.
+    std::uint32_t commands() const { return commands_.load(std::memory_order_acquire); }
+    Clock::time_point commandAt() const { return commandAt_; }
+
+    // Behind the entry points.
+    std::uint32_t read(PcanMessage& message, PcanTimestamp& timestamp);
+    void noteCommand();
+    void reset() { next_ = available_.load(std::memory_order_acquire); }
+    int descriptor() const { return descriptor_; }
+
+  private:
+    MemoryAdapter();
+
+    static constexpr std::size_t slots = 65536;
+
+    std::vector<PcanMessage> queue_ = std::vector<PcanMessage>(slots);
+    std::size_t next_ = 0;
+    std::atomic<std::size_t> available_ = 0;
+    std::atomic<bool> signalled_ = false;
+    std::atomic<std::uint32_t> timesEmptied_ = 0;
+    std::atomic<std::uint32_t> commands_ = 0;
+    Clock::time_point emptiedAt_;
+    Clock::time_point commandAt_;
+    int descriptor_;
+};
+
+}  // namespace torvik::bench

@@ -1,0 +1,107 @@
+// The receive path against a bare loop: the pass alone, and through the receive thread after a pause.
+#include <thread>
+
+#include "api/TORVIK.h"
+#include "bare_loop.h"
+#include "benchmarks.h"
+#include "can/receive_thread.h"
+#include "devices.h"
+#include "memory_adapter.h"
+
+namespace torvik::bench {
+
+namespace {
+
+constexpr int passes = 5;
+constexpr std::chrono::seconds queueLimit(5);
+
+BareLoop& bareLoop() {
+    static BareLoop loop;
+    return loop;
+}
+
+const std::vector<PcanMessage>& queuedFrames() {
+    static const std::vector<PcanMessage> frames = makeQueue(queueLength);
+    return frames;
+}
+
+bool allSetsStored() {
+    for (std::uint8_t deviceNo = 0; deviceNo < deviceCount; ++deviceNo) {
+        if (!takeSetsInOrder(deviceNo, completeSetsOf(deviceNo))) return false;
+    }
+    return true;
+}
+
+void receivePath(benchmark::State& state) {
+    const WithoutReceiveThread direct;
+    for ([[maybe_unused]] auto _ : state) {
+        clearAllBuffers();
+        MemoryAdapter::instance().queue(queuedFrames());
+        const Stopwatch watch;
+        const std::uint8_t code = drainReceiveQueue();
+        watch.stop(state);
+        if (code != 0 || !allSetsStored()) return state.SkipWithError("sets are missing or out of order");
+    }
+}
+
+void receiveBareLoop(benchmark::State& state) {
+    BareLoop& loop = bareLoop();
+    for ([[maybe_unused]] auto _ : state) {
+        loop.clear();
+        const Stopwatch watch;
+        loop.run(queuedFrames());
+        watch.stop(state);
+        for (std::uint8_t deviceNo = 0; deviceNo < deviceCount; ++deviceNo) {
+            if (!loop.holdsInOrder(deviceNo, completeSetsOf(deviceNo))) {
+                return state.SkipWithError("values are missing or out of order");
+            }
+        }
+    }
+}
+
+bool waitUntilEmptied(std::uint32_t timesBefore) {
+    const auto deadline = Stopwatch::Clock::now() + queueLimit;
+    while (MemoryAdapter::instance().timesEmptied() == timesBefore) {
+        if (Stopwatch::Clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+// The queue ends inside a set: what is missing comes later and must complete it.
+bool unfinishedSetGoesOn() {
+    constexpr std::size_t rest = channelCount - queueLength % channelCount;
+    const std::vector<PcanMessage> more = makeQueue(queueLength + rest);
+    const auto deviceNo = static_cast<std::uint8_t>(queueLength / channelCount % deviceCount);
+    const std::uint32_t before = MemoryAdapter::instance().timesEmptied();
+    MemoryAdapter::instance().queue(std::span(more).last(rest));
+    MemoryAdapter::instance().signal();
+    std::int32_t waiting = 0;
+    return waitUntilEmptied(before) && TORVIKreceived(deviceNo, 1, &waiting) == 0 && waiting == 1;
+}
+
+void queueAfterPause(benchmark::State& state) {
+    MemoryAdapter& adapter = MemoryAdapter::instance();
+    for ([[maybe_unused]] auto _ : state) {
+        clearAllBuffers();
+        const std::uint32_t before = adapter.timesEmptied();
+        adapter.queue(queuedFrames());
+        const Stopwatch watch;
+        adapter.signal();
+        if (!waitUntilEmptied(before)) return state.SkipWithError("the queue is not emptied");
+        watch.stop(state, adapter.emptiedAt());
+        if (!allSetsStored()) return state.SkipWithError("sets are missing or out of order");
+        if (!unfinishedSetGoesOn()) return state.SkipWithError("the set at the end of the queue is lost");
+    }
+}
+
+}  // namespace
+
+void registerReceivePath() {
+    registerManual(name::receivePath, receivePath, passes);
+    registerManual(name::receiveBareLoop, receiveBareLoop, passes);
+    registerManual(name::queue, queueAfterPause, passes);
+    registerManual(name::queueBareLoop, receiveBareLoop, passes);
+}
+
+}  // namespace torvik::bench

@@ -1,0 +1,20 @@
+// The one table of ratios.
+#pragma once
+
+#include "measurements.h"
+
+namespace torvik::bench {
+
+struct Verdict {
+    bool allMeasured = true;
+    bool allMet = true;
+};
+
+// Prints a line for every goal: the median of all rounds, the range of the middle half, the goal, and whether it is
+// met.
+Verdict printTable(const Measurements& measurements);
+
+// Prints the median time of one iteration of each benchmark, to look into a ratio.
+void printTimes(const Measurements& measurements);
+
+}  // namespace torvik::bench
