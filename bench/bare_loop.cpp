@@ -39,7 +39,7 @@ void BareLoop::run(std::span<const PcanMessage> frames) {
 void BareLoop::clear() {
     for (auto& channels : rings_) {
         for (Ring& ring : channels)
-            ring.writeIndex = ring.count = 0;
+            ring.count = 0;
     }
 }
 
@@ -48,7 +48,8 @@ bool BareLoop::holdsInOrder(std::uint8_t deviceNo, std::uint32_t sets) const {
         const Ring& ring = rings_[deviceNo][channel];
         if (ring.count < sets) return false;
         for (std::uint32_t set = 0; set < sets; ++set) {
-            if (ring.entries[set].value != countsOf(deviceNo, channel, set)) return false;
+            const std::uint32_t place = (ring.writeIndex - ring.count + set) % ringLength;
+            if (ring.entries[place].value != countsOf(deviceNo, channel, set)) return false;
         }
     }
     return true;

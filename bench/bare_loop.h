@@ -18,6 +18,8 @@ class BareLoop {
     BareLoop();
 
     void run(std::span<const PcanMessage> frames);
+
+    // Throws the stored values away; the rings go on where they are, as the library's do after reading.
     void clear();
 
     // Whether the values of these sets have been stored in order since the last clear().

@@ -77,14 +77,14 @@ void clearAllBuffers() {
         clearValueBuffers(record);
 }
 
-bool takeSetsInOrder(std::uint8_t deviceNo, std::uint32_t sets) {
+bool takeSetsInOrder(std::uint8_t deviceNo, std::uint32_t sets, std::uint32_t firstSet) {
     // Room for one set more than there should be.
     std::vector<double> values((std::size_t{sets} + 1) * channelCount);
     std::int32_t count = 0;
     TORVIKreadMultiple(deviceNo, 0, values.data(), static_cast<std::int32_t>(values.size()), &count, nullptr);
     if (count != static_cast<std::int32_t>(sets * channelCount)) return false;
     for (std::uint32_t i = 0; i < sets * channelCount; ++i) {
-        if (values[i] != scaledValueOf(deviceNo, i % channelCount, i / channelCount)) return false;
+        if (values[i] != scaledValueOf(deviceNo, i % channelCount, firstSet + i / channelCount)) return false;
     }
     return true;
 }

@@ -31,7 +31,7 @@ class WithoutReceiveThread {
 // Throws away what waits in the buffers of all devices.
 void clearAllBuffers();
 
-// Whether exactly these sets of a device wait, in order. Takes them.
-bool takeSetsInOrder(std::uint8_t deviceNo, std::uint32_t sets);
+// Whether exactly this many sets of a device wait, in order from `firstSet`. Takes them.
+bool takeSetsInOrder(std::uint8_t deviceNo, std::uint32_t sets, std::uint32_t firstSet = 0);
 
 }  // namespace torvik::bench

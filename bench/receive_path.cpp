@@ -1,7 +1,6 @@
 // The receive path against a bare loop: the pass alone, and through the receive thread after a pause.
 #include <thread>
 
-#include "api/TORVIK.h"
 #include "bare_loop.h"
 #include "benchmarks.h"
 #include "can/receive_thread.h"
@@ -12,7 +11,7 @@ namespace torvik::bench {
 
 namespace {
 
-constexpr int passes = 5;
+constexpr int passes = 20;
 constexpr std::chrono::seconds queueLimit(5);
 
 BareLoop& bareLoop() {
@@ -34,8 +33,8 @@ bool allSetsStored() {
 
 void receivePath(benchmark::State& state) {
     const WithoutReceiveThread direct;
+    clearAllBuffers();
     for ([[maybe_unused]] auto _ : state) {
-        clearAllBuffers();
         MemoryAdapter::instance().queue(queuedFrames());
         const Stopwatch watch;
         const std::uint8_t code = drainReceiveQueue();
@@ -76,14 +75,13 @@ bool unfinishedSetGoesOn() {
     const std::uint32_t before = MemoryAdapter::instance().timesEmptied();
     MemoryAdapter::instance().queue(std::span(more).last(rest));
     MemoryAdapter::instance().signal();
-    std::int32_t waiting = 0;
-    return waitUntilEmptied(before) && TORVIKreceived(deviceNo, 1, &waiting) == 0 && waiting == 1;
+    return waitUntilEmptied(before) && takeSetsInOrder(deviceNo, 1, completeSetsOf(deviceNo));
 }
 
 void queueAfterPause(benchmark::State& state) {
     MemoryAdapter& adapter = MemoryAdapter::instance();
+    clearAllBuffers();
     for ([[maybe_unused]] auto _ : state) {
-        clearAllBuffers();
         const std::uint32_t before = adapter.timesEmptied();
         adapter.queue(queuedFrames());
         const Stopwatch watch;
