@@ -6,11 +6,13 @@
  * Conventions
  *   deviceNo   The device number, 1..39. Its low 8 bits select the device (TORVIKrelease alone looks at the whole int).
  *   results    0 is success and -1 a failure, unless a function says otherwise. The reason of a failure is stored as
- *              the device's last error and read with TORVIKgetLastErrorText. A success leaves the last error as it is.
+ *              the device's last error and read with TORVIKgetLastErrorText. A success leaves the last error as it is;
+ *              only a successful activation clears it.
  *   text       Zero-terminated bytes. File names and texts use the process's own (on Windows: ANSI) code page.
  *   buffers    Belong to the caller, who provides at least the stated size.
  *
- * Errors that every function with a device transaction ("sends ...") can store, beside its own:
+ * Errors that every function with a device transaction ("sends ...") can store, beside its own; one that awaits no
+ * answer can store only 223 and 0x30000113 of them:
  *   235         0xEB: another command held the device for 4000 ms; its lock has been broken
  *   223         0xDF: the command frame could not be written, or the adapter is closed
  *   0x30000058  no answer within 2000 ms
@@ -32,7 +34,7 @@
 extern "C" {
 #endif
 
-/* ---- Library and errors ------------------------------------------------------------------------------------------ */
+/* Library and errors */
 
 /*
  * Tells the library's version. Works at any time, needs no device and stores no error.
@@ -86,7 +88,7 @@ int32_t TORVIKgetLastValueError(int32_t deviceNo, uint8_t index, uint8_t* data);
  */
 int32_t TORVIKresetStatus(int32_t deviceNo);
 
-/* ---- Activation and release -------------------------------------------------------------------------------------- */
+/* Activation and release */
 
 /* flags of TORVIKactivateExtended; they count only when the call opens the adapter */
 #define TORVIK_FLAG_DEBUG_OUTPUT 0x02u     /* print debug lines to standard output */
@@ -113,12 +115,12 @@ int32_t TORVIKresetStatus(int32_t deviceNo);
  *                 0x30000109  no receive thread (stored for device 0)
  *                 0x30000111  no mutex
  *                 0x30000101  device number 0, or 40 devices are set up
- *                 0x30000114  one of the identifiers belongs to another device
+ *                 0x30000114  one of the identifiers is 0 or belongs to another device
  *                 0x300000F3  not enough memory for the value buffers
- *                 0x30000112  the answers were locked for 10000 ms
+ *                 0x30000112  the answers or the values were locked for 10000 ms
  *                 249         0xF9: the device did not tell its value identifier
  *                 0x30000105  the device refused to tell its mode (firmware below 0x0003000B)
- *                 246         0xF6: the device tells no usable channel count; it stays set up
+ *                 246         0xF6: the device tells no usable channel count; it stays set up, and channelCount is 0
  *   sends         0x8C with the byte 2, 0x2B, 0x49 with the byte 0 (firmware below 0x0003000B: 0x26),
  *                 0x80 with the byte 0
  */
@@ -166,7 +168,7 @@ int32_t TORVIKrelease(int32_t deviceNo);
  */
 int32_t TORVIKgetInterfaceIdent(int32_t deviceNo, uint8_t index, uint32_t* ident);
 
-/* ---- Measured values --------------------------------------------------------------------------------------------- */
+/* Measured values */
 
 /*
  * Takes the oldest unread value of one channel from the library's buffer.
@@ -224,8 +226,9 @@ int32_t TORVIKreceived(int32_t deviceNo, uint32_t channel, int32_t* count);
 /*
  * Throws away all values waiting in the library's buffer of this device.
  *   deviceNo   in   device number 1..39
- *   result     0; 229: not cleared, because the device is not active or the values were locked for 10000 ms (no error
- *              is stored)
+ *   result     0; 229: not cleared, because the device is not active, the values were locked for 10000 ms (no error is
+ *              stored for these two), or the device is being released
+ *   errors     0x30000113  the device was released while the call ran
  *   sends      nothing
  */
 int32_t TORVIKclearDLLbuffer(int32_t deviceNo);

@@ -9,6 +9,7 @@
 #include "core/ask.h"
 #include "core/device_table.h"
 #include "core/error_codes.h"
+#include "core/library_state.h"
 
 namespace torvik {
 
@@ -54,23 +55,6 @@ class DeviceCall {
     std::uint8_t deviceNo_;
 };
 
-// Being inside a record; a record that is being released lets nobody in.
-class Visit {
-  public:
-    explicit Visit(DeviceRecord& record) : record_(record), inside_(record.gate.enter()) {}
-    ~Visit() {
-        if (inside_) record_.gate.leave();
-    }
-    Visit(const Visit&) = delete;
-    Visit& operator=(const Visit&) = delete;
-
-    bool inside() const { return inside_; }
-
-  private:
-    DeviceRecord& record_;
-    bool inside_;
-};
-
 template <class Body>
 std::int32_t runBody(const DeviceCall& call, std::int32_t failed, Body& body) noexcept {
     try {
@@ -88,10 +72,15 @@ std::int32_t runBody(const DeviceCall& call, std::int32_t failed, Body& body) no
 template <class Body>
 std::int32_t deviceCall(std::int32_t deviceNo, std::int32_t failed, Body body) noexcept {
     const DeviceCall call(deviceNumber(deviceNo));
+    const Visit inLibrary(libraryGate);
+    if (!inLibrary.inside()) {
+        setError(call.deviceNo(), error::notActive);
+        return failed;
+    }
     if (call.deviceNo() >= deviceLimit) return runBody(call, failed, body);
-    const Visit visit(call.record());
-    const std::int32_t result = visit.inside() ? runBody(call, failed, body) : failed;
-    if (!visit.inside() || (result == failed && call.record().gate.closing())) {
+    const Visit inRecord(call.record().gate);
+    const std::int32_t result = inRecord.inside() ? runBody(call, failed, body) : failed;
+    if (!inRecord.inside() || (result == failed && call.record().gate.closing())) {
         call.record().callCutShort = true;
         setError(call.deviceNo(), error::notActive);
     }

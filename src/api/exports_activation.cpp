@@ -12,12 +12,22 @@ std::int32_t activate(std::int32_t deviceNo, const ActivationSettings& settings,
         setError(number, error::parameterExceedance);
         return failure;
     }
-    // One activation at a time, and none waits for its turn inside a record, where a release would wait for it.
-    const platform::LockGuard lock(lifecycleMutex);
-    return deviceCall(deviceNo, [&](const DeviceCall& call) NO_THREAD_SAFETY_ANALYSIS {
-        if (call.record().active) return call.fail(error::alreadyActive);
-        return activateDevice(call.deviceNo(), settings, *channelCount);
-    });
+    const Visit inLibrary(libraryGate);
+    Activation activation(number, settings);
+    std::int32_t result = failure;
+    {
+        // None waits for its turn inside a record, where a release would wait for it.
+        const platform::LockGuard lock(lifecycleMutex);
+        result = deviceCall(deviceNo, [&](const DeviceCall& call) NO_THREAD_SAFETY_ANALYSIS {
+            if (call.record().active) return call.fail(error::alreadyActive);
+            return activation.begin();
+        });
+    }
+    if (result == success) {
+        result = deviceCall(deviceNo, [&](const DeviceCall&) { return activation.complete(*channelCount); });
+    }
+    activation.finish();
+    return result;
 }
 
 }  // namespace
@@ -33,6 +43,9 @@ int32_t TORVIKactivateExtended(int32_t deviceNo, uint8_t adapterType, uint32_t b
 }
 
 int32_t TORVIKrelease(int32_t deviceNo) {
+    const Visit inLibrary(libraryGate);
+    // The library is being unloaded, which releases everything.
+    if (!inLibrary.inside()) return success;
     if (deviceNo == 0) {
         releaseAll();
     } else if (deviceNo >= 1 && deviceNo <= deviceLimit) {

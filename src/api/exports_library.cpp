@@ -31,6 +31,7 @@ int32_t TORVIKDllVersion(uint32_t* versionNumber) {
 }
 
 int32_t TORVIKgetLastErrorText(int32_t deviceNo, char* text, uint32_t* code) {
+    const Visit inLibrary(libraryGate);
     if (text == nullptr || code == nullptr) return failure;
     const std::span<char> buffer(text, errorTextSize);
     // Read and cleared in one step: a failure stored meanwhile by another thread is not lost.

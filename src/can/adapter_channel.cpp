@@ -159,8 +159,8 @@ std::uint8_t pcanEventOn() {
     return static_cast<std::uint8_t>(status);
 }
 
-std::uint8_t releaseAdapter(bool uninitialize, const DeviceRecord* own) {
-    const AllCallsExcluded excluded(own);
+std::uint8_t releaseAdapter(bool uninitialize) {
+    const AllCallsExcluded excluded(nullptr);
     stopReceiveThread(std::nullopt);
     takeDownAllDevices();
     closeMutexes();

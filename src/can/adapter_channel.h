@@ -19,9 +19,8 @@ std::uint8_t initAdapter(std::uint8_t deviceNo, std::uint8_t adapterType, std::u
 std::uint8_t pcanEventOn();
 
 // Stops the receive thread and takes all records down; closes the channel itself only when `uninitialize` is true.
-// Calls inside are woken and waited for; `own` is the record that the caller is inside of, or null.
-// Result: the low 8 bits of the last adapter status.
-std::uint8_t releaseAdapter(bool uninitialize, const DeviceRecord* own) REQUIRES(lifecycleMutex);
+// Calls inside are woken and waited for. Result: the low 8 bits of the last adapter status.
+std::uint8_t releaseAdapter(bool uninitialize) REQUIRES(lifecycleMutex);
 
 // What releasing all devices does to the adapter: as releaseAdapter, but with bounded waits, and the table zeroed.
 // No call may be inside.

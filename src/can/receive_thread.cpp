@@ -24,17 +24,17 @@ constinit bool started GUARDED_BY(startMutex) = false;
 constinit std::atomic<std::uint32_t> currentThread = 0;
 
 struct FaultRow {
-    std::uint32_t status;
     const char* message;
+    std::uint32_t status;
     bool reset;
 };
 
 constexpr FaultRow faultRows[] = {
-    {pcan::busLight, "Fehler: PCAN_ERROR_BUSLIGHT\n", true},
-    {pcan::busHeavy, "Fehler: PCAN_ERROR_BUSHEAVY\n", true},
-    {pcan::busOff, "Fehler: PCAN_ERROR_BUSOFF\n", true},
-    {pcan::queueOverrun, "Fehler: PCAN_ERROR_QOVERRUN\n", true},
-    {pcan::illegalHardware, "Fehler: PCAN_ERROR_ILLHW\n", false},
+    {"Fehler: PCAN_ERROR_BUSLIGHT\n", pcan::busLight, true},
+    {"Fehler: PCAN_ERROR_BUSHEAVY\n", pcan::busHeavy, true},
+    {"Fehler: PCAN_ERROR_BUSOFF\n", pcan::busOff, true},
+    {"Fehler: PCAN_ERROR_QOVERRUN\n", pcan::queueOverrun, true},
+    {"Fehler: PCAN_ERROR_ILLHW\n", pcan::illegalHardware, false},
 };
 
 const FaultRow* faultRowOf(std::uint32_t status) {

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "can/adapter_channel.h"
+#include "can/pcan_api.h"
 #include "core/ask.h"
 #include "core/call_control.h"
 #include "core/device_setup.h"
@@ -52,6 +53,9 @@ constexpr std::array<BaudRate, 16> baudRates = {{
 constinit std::atomic<std::uint64_t> openedBy = 0;  // process
 constinit std::atomic<bool> endsWithProcess = false;
 
+// Those that have taken a record and still wait for their device: the adapter stays open for them.
+constinit std::atomic<std::uint32_t> activationsInProgress = 0;
+
 std::optional<std::uint16_t> baudCodeOf(std::uint32_t bitsPerSecond) {
     const auto* const found = std::ranges::find(baudRates, bitsPerSecond, &BaudRate::bitsPerSecond);
     if (found == baudRates.end()) return std::nullopt;
@@ -77,9 +81,10 @@ std::optional<std::uint16_t> openAdapter(std::uint8_t deviceNo, const Activation
         return std::nullopt;
     }
     openedBy = platform::processId();
+    const AllCallsExcluded excluded(&deviceRecord(deviceNo));
     const bool opened = initAdapter(deviceNo, settings.adapterType, *code) == 0;
     // Once the adapter library is there, so that this library ends before it does.
-    if (!endsWithProcess.exchange(true)) platform::runBeforeLoadedLibrariesEnd(shutDown);
+    if (pcanLoaded() && !endsWithProcess.exchange(true)) platform::runBeforeLoadedLibrariesEnd(shutDown);
     return opened ? code : std::nullopt;
 }
 
@@ -91,36 +96,58 @@ void readTransmitting(DeviceRecord& record, std::uint8_t deviceNo) {
 
 }  // namespace
 
-std::int32_t activateDevice(std::uint8_t deviceNo, const ActivationSettings& settings, std::uint32_t& channelCount) {
-    libraryState.lastProtocolErrorDevice = deviceNo;
+std::int32_t Activation::begin() {
+    libraryState.lastProtocolErrorDevice = deviceNo_;
     setValueBufferLength(static_cast<std::int32_t>(
-        std::clamp<std::uint32_t>(settings.bufferSize, 1, static_cast<std::uint32_t>(largestBufferLength))));
-    if (settings.commandCanId >= standardIdentifierLimit || settings.answerCanId >= standardIdentifierLimit ||
-        settings.commandCanId == settings.answerCanId) {
-        setError(deviceNo, error::wrongIdentifiers);
+        std::clamp<std::uint32_t>(settings_.bufferSize, 1, static_cast<std::uint32_t>(largestBufferLength))));
+    if (settings_.commandCanId >= standardIdentifierLimit || settings_.answerCanId >= standardIdentifierLimit ||
+        settings_.commandCanId == settings_.answerCanId) {
+        setError(deviceNo_, error::wrongIdentifiers);
         return -1;
     }
-    std::optional<std::uint16_t> openedWith;
     if (!libraryState.adapterOpen) {
-        openedWith = openAdapter(deviceNo, settings);
-        if (!openedWith) return -1;
+        const std::optional<std::uint16_t> code = openAdapter(deviceNo_, settings_);
+        if (!code) return -1;
+        openedWith_ = *code;
     }
-    DeviceRecord* const record = setUpDevice(deviceNo, settings.commandCanId, settings.answerCanId);
-    if (record == nullptr) {
-        if (libraryState.initialisedDevices == 0) releaseAdapter(true, &deviceRecord(deviceNo));
-        return -1;
-    }
-    if (!libraryState.receiveEventSet) pcanEventOn();
-    record->baudCode = openedWith.value_or(0);
-    channelCount = record->activeChannels;
-    if (channelCount == 0) {
-        setError(*record, error::noActiveChannels);
-        return -1;
-    }
-    readTransmitting(*record, deviceNo);
-    clearValueBuffers(*record);
-    setError(*record, error::none);
+    ++activationsInProgress;
+    counted_ = true;
+    setUpFailed_ = true;
+    const DeviceRecord* const record = reserveRecord(deviceNo_, settings_.commandCanId, settings_.answerCanId);
+    if (record == nullptr) return -1;
+    setUpCount_ = record->setUpCount;
     return 0;
+}
+
+std::int32_t Activation::complete(std::uint32_t& channelCount) {
+    DeviceRecord& record = deviceRecord(deviceNo_);
+    if (!record.active || record.setUpCount != setUpCount_) {
+        setError(record, error::notActive);
+        return -1;
+    }
+    if (!setUpDevice(record, deviceNo_)) return -1;
+    setUpFailed_ = false;
+    if (!libraryState.receiveEventSet) pcanEventOn();
+    record.baudCode = openedWith_;
+    channelCount = record.activeChannels;
+    if (channelCount == 0) {
+        setError(record, error::noActiveChannels);
+        return -1;
+    }
+    readTransmitting(record, deviceNo_);
+    clearValueBuffers(record);
+    setError(record, error::none);
+    return 0;
+}
+
+void Activation::finish() {
+    if (!counted_) return;
+    --activationsInProgress;
+    if (!setUpFailed_) return;
+    const platform::LockGuard lock(lifecycleMutex);
+    if (libraryState.initialisedDevices == 0 && activationsInProgress == 0 && libraryState.adapterOpen) {
+        releaseAdapter(true);
+    }
 }
 
 void releaseDevice(std::uint8_t deviceNo) {
@@ -159,20 +186,21 @@ void releaseAll() {
 
 void shutDown() {
     // A forked child has none of its parent's threads: nothing of the parent's is its to end.
-    if (openedBy != platform::processId()) return;
+    if (openedBy != 0 && openedBy != platform::processId()) return;
+    libraryGate.close();
+    const bool anyoneInside = libraryGate.occupied();
     for (DeviceRecord& record : deviceTable())
         beginExclusion(record);
-    bool anyoneInside = false;
-    {
+    // A call that the adapter library does not let go cannot be waited for without end.
+    if (libraryGate.waitUntilLeft(0, mutexLimit)) {
         const platform::LockGuard lock(lifecycleMutex);
-        anyoneInside =
-            std::ranges::any_of(deviceTable(), [](const DeviceRecord& record) { return record.gate.occupied(); });
-        releaseAdapter(false, nullptr);
+        releaseAdapter(false);
     }
-    // A call that has left its record still has to leave the library's code, which is unmapped next.
+    // A call that is no longer counted still has to return from the library's code, which is unmapped next.
     if (anyoneInside) platform::sleepFor(std::chrono::milliseconds(20));
     for (DeviceRecord& record : deviceTable())
         endExclusion(record);
+    libraryGate.open();
 }
 
 }  // namespace torvik

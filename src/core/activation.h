@@ -16,9 +16,31 @@ struct ActivationSettings {
     std::uint32_t flags = 0x10;
 };
 
-// Activates a device number 0..39 whose record the caller's call is inside of. Result: 0; -1 with lastError set.
-std::int32_t activateDevice(std::uint8_t deviceNo, const ActivationSettings& settings, std::uint32_t& channelCount)
-    REQUIRES(lifecycleMutex);
+// One activation. What the devices share is done under the lifecycle lock; the device's own answers are waited for
+// without it, so that a silent device holds up nobody else. The caller's call is inside the record in both steps.
+class Activation {
+  public:
+    Activation(std::uint8_t deviceNo, const ActivationSettings& settings) : deviceNo_(deviceNo), settings_(settings) {}
+    Activation(const Activation&) = delete;
+    Activation& operator=(const Activation&) = delete;
+
+    // Opens the adapter if need be and takes the record. Result: 0; -1 with lastError set.
+    std::int32_t begin() REQUIRES(lifecycleMutex);
+
+    // Asks the device all that is needed. Result: 0; -1 with lastError set.
+    std::int32_t complete(std::uint32_t& channelCount);
+
+    // To be called last, inside no record: closes the adapter when the device could not be set up and no other one is.
+    void finish();
+
+  private:
+    std::uint8_t deviceNo_;
+    ActivationSettings settings_;
+    std::uint16_t openedWith_ = 0;  // baud code; 0 when the adapter was open
+    std::uint32_t setUpCount_ = 0;  // tells the record from what a release and another activation make of it
+    bool counted_ = false;          // among the activations in progress
+    bool setUpFailed_ = false;
+};
 
 // Closes one device 1..40; 40 and inactive devices only count down initialisedDevices.
 void releaseDevice(std::uint8_t deviceNo);

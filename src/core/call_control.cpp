@@ -24,10 +24,8 @@ CallsExcluded::~CallsExcluded() {
 }
 
 AllCallsExcluded::AllCallsExcluded(const DeviceRecord* own) {
-    for (DeviceRecord& record : deviceTable()) {
-        anyoneInside_ = anyoneInside_ || record.gate.occupied();
+    for (DeviceRecord& record : deviceTable())
         beginExclusion(record);
-    }
     for (DeviceRecord& record : deviceTable())
         record.gate.waitUntilLeft(&record == own ? 1 : 0);
 }

@@ -28,12 +28,6 @@ class AllCallsExcluded {
     ~AllCallsExcluded();
     AllCallsExcluded(const AllCallsExcluded&) = delete;
     AllCallsExcluded& operator=(const AllCallsExcluded&) = delete;
-
-    // Whether a call was inside when this began.
-    bool anyoneInside() const { return anyoneInside_; }
-
-  private:
-    bool anyoneInside_ = false;
 };
 
 }  // namespace torvik

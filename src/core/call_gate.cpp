@@ -1,7 +1,6 @@
 #include "core/call_gate.h"
 
-#include <chrono>
-
+#include "platform/clock.h"
 #include "platform/sync.h"
 
 namespace torvik {
@@ -15,6 +14,16 @@ void CallGate::waitUntilLeft(std::uint32_t own) {
     platform::LockGuard lock(leavingMutex);
     while (inside_.load() > own)
         someoneLeft.waitFor(leavingMutex, std::chrono::milliseconds(100));
+}
+
+bool CallGate::waitUntilLeft(std::uint32_t own, std::chrono::milliseconds limit) {
+    const platform::TimePoint deadline = platform::systemNow() + limit;
+    platform::LockGuard lock(leavingMutex);
+    while (inside_.load() > own) {
+        if (platform::systemNow() >= deadline) return false;
+        someoneLeft.waitFor(leavingMutex, std::chrono::milliseconds(100));
+    }
+    return true;
 }
 
 void CallGate::wakeCloser() {

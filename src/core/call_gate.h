@@ -1,14 +1,16 @@
-// Counts the calls that are inside one device, and turns new ones away while the device is being taken down.
+// Counts the calls that are inside one device or inside the library, and turns new ones away while it is being taken
+// down.
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 
 namespace torvik {
 
 class CallGate {
   public:
-    // False: the device is being taken down; the call is not inside.
+    // False: it is being taken down; the call is not inside.
     bool enter() {
         inside_.fetch_add(1);
         if (closers_.load() == 0) return true;
@@ -28,14 +30,32 @@ class CallGate {
 
     bool occupied() const { return inside_.load() != 0; }
 
-    // Waits until no call but `own` ones of the caller is inside.
+    // Waits until no call but `own` ones of the caller is inside; false: the limit was over first.
     void waitUntilLeft(std::uint32_t own);
+    bool waitUntilLeft(std::uint32_t own, std::chrono::milliseconds limit);
 
   private:
     static void wakeCloser();
 
     std::atomic<std::uint32_t> inside_ = 0;
     std::atomic<std::uint32_t> closers_ = 0;
+};
+
+// Being inside a gate, unless it turns the call away.
+class Visit {
+  public:
+    explicit Visit(CallGate& gate) : gate_(gate), inside_(gate.enter()) {}
+    ~Visit() {
+        if (inside_) gate_.leave();
+    }
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
+
+    bool inside() const { return inside_; }
+
+  private:
+    CallGate& gate_;
+    bool inside_;
 };
 
 }  // namespace torvik

@@ -9,6 +9,7 @@
 #include "core/call_control.h"
 #include "core/device_table.h"
 #include "core/error_codes.h"
+#include "platform/faults.h"
 
 namespace torvik {
 
@@ -26,16 +27,20 @@ bool identifierInUse(std::uint32_t identifier) {
     });
 }
 
-bool allocateValueBuffers(DeviceRecord& record) try {
+// 0 or the error code.
+std::uint32_t allocateValueBuffers(DeviceRecord& record) try {
     const std::int32_t length = libraryState.valueBufferLength;
     std::array<ValueBuffer, channelLimit> buffers;
     for (ValueBuffer& buffer : buffers) {
+        if (platform::injectedFault(platform::FaultPoint::allocation) != 0) return error::outOfMemory;
         buffer.entries = std::make_unique<ValueEntry[]>(static_cast<std::size_t>(length));
         buffer.allocated = length;
     }
-    return exclusively(valueMutex, [&]() NO_THREAD_SAFETY_ANALYSIS { record.valueBuffer = std::move(buffers); });
+    const bool stored =
+        exclusively(valueMutex, [&]() NO_THREAD_SAFETY_ANALYSIS { record.valueBuffer = std::move(buffers); });
+    return stored ? error::none : error::mutexTimeout;
 } catch (const std::bad_alloc&) {
-    return false;
+    return error::outOfMemory;
 }
 
 bool storeIdentifiers(DeviceRecord& record, std::uint32_t commandCanId, std::uint32_t answerCanId) {
@@ -94,6 +99,15 @@ bool questionDevice(DeviceRecord& record, std::uint8_t deviceNo) {
     return true;
 }
 
+// When the values stay locked, the record stays active.
+void freeValueBuffers(DeviceRecord& record) {
+    exclusively(valueMutex, [&record]() NO_THREAD_SAFETY_ANALYSIS {
+        record.active = false;
+        for (ValueBuffer& buffer : record.valueBuffer)
+            buffer.entries.reset();
+    });
+}
+
 // Zeroes the record and prepares everything that needs no answer of the device. Result: 0 or the error code.
 std::uint32_t prepareRecord(DeviceRecord& record, std::uint8_t deviceNo, std::uint32_t commandCanId,
                             std::uint32_t answerCanId) {
@@ -104,8 +118,10 @@ std::uint32_t prepareRecord(DeviceRecord& record, std::uint8_t deviceNo, std::ui
     record.channelHandle = libraryState.channelHandle.load();
     record.baudCode = libraryState.baudCode.load();
     record.ownDeviceNo = deviceNo;
-    if (!allocateValueBuffers(record)) return error::outOfMemory;
-    return storeIdentifiers(record, commandCanId, answerCanId) ? error::none : error::mutexTimeout;
+    if (const std::uint32_t code = allocateValueBuffers(record); code != error::none) return code;
+    if (storeIdentifiers(record, commandCanId, answerCanId)) return error::none;
+    freeValueBuffers(record);
+    return error::mutexTimeout;
 }
 
 }  // namespace
@@ -122,7 +138,7 @@ std::int32_t readMode(std::uint8_t deviceNo, std::uint32_t& mode) {
     return 0;
 }
 
-DeviceRecord* setUpDevice(std::uint8_t deviceNo, std::uint32_t commandCanId, std::uint32_t answerCanId) {
+DeviceRecord* reserveRecord(std::uint8_t deviceNo, std::uint32_t commandCanId, std::uint32_t answerCanId) {
     if (deviceNo == 0 || libraryState.initialisedDevices >= deviceLimit) {
         setError(deviceNo, error::invalidDevice);
         return nullptr;
@@ -133,41 +149,34 @@ DeviceRecord* setUpDevice(std::uint8_t deviceNo, std::uint32_t commandCanId, std
     }
     DeviceRecord& record = deviceRecord(deviceNo);
     if (const std::uint32_t code = prepareRecord(record, deviceNo, commandCanId, answerCanId); code != error::none) {
-        // The record is not active yet: its buffers, if any, go with the next zeroing.
         setError(record, code);
         return nullptr;
     }
+    return &record;
+}
+
+bool setUpDevice(DeviceRecord& record, std::uint8_t deviceNo) {
     if (!questionDevice(record, deviceNo)) {
         tearDownDevice(record);
-        return nullptr;
+        return false;
     }
     if (libraryState.debugOutput) {
         debugPrint("Aktive Kanaele %i \n", static_cast<int>(record.activeChannels));
         debugPrint("CANDEV-Handle %i initialisiert\n", record.ownDeviceNo.load());
     }
     ++libraryState.initialisedDevices;
-    return &record;
+    return true;
 }
 
 void tearDownDevice(DeviceRecord& record) {
     if (!record.active) return;
-    bool obtained = exclusively(answerMutex, [&record]() NO_THREAD_SAFETY_ANALYSIS {
+    const bool identifiersCleared = exclusively(answerMutex, [&record]() NO_THREAD_SAFETY_ANALYSIS {
         record.commandCanId = 0;
         record.answerCanId = 0;
         record.valueCanId = 0;
         updateRoutes();
     });
-    const auto freeBuffers = [&record]() NO_THREAD_SAFETY_ANALYSIS {
-        record.active = false;
-        for (ValueBuffer& buffer : record.valueBuffer)
-            buffer.entries.reset();
-    };
-    if (valueMutex.exists()) {
-        obtained = exclusively(valueMutex, freeBuffers);
-    } else if (obtained) {
-        freeBuffers();
-    }
-    if (obtained) exclusively(answerMutex, []() NO_THREAD_SAFETY_ANALYSIS { updateRoutes(); });
+    if (valueMutex.exists() || identifiersCleared) freeValueBuffers(record);
 }
 
 }  // namespace torvik

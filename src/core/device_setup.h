@@ -7,10 +7,14 @@
 
 namespace torvik {
 
-// Sets a record up and asks its device for value identifier, firmware version and channel count. The caller's own call
-// is inside the record. Result: the record; null with lastError set.
-DeviceRecord* setUpDevice(std::uint8_t deviceNo, std::uint32_t commandCanId, std::uint32_t answerCanId)
+// Checks number and identifiers and makes the record the device's: zeroed, with its buffers and identifiers, active.
+// The caller's own call is inside the record. Result: the record; null with lastError set.
+DeviceRecord* reserveRecord(std::uint8_t deviceNo, std::uint32_t commandCanId, std::uint32_t answerCanId)
     REQUIRES(lifecycleMutex);
+
+// Asks the device for value identifier, firmware version and channel count. False: lastError is set and the record is
+// taken down again.
+bool setUpDevice(DeviceRecord& record, std::uint8_t deviceNo);
 
 // Takes a record out of use and frees its value buffers. Does not count it out of initialisedDevices.
 void tearDownDevice(DeviceRecord& record);

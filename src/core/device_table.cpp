@@ -12,7 +12,7 @@ constexpr std::uint8_t noRoute = 0xFF;
 // Never destroyed: other threads may be anywhere when the process ends, and may own any lock.
 union StaticTable {
     constexpr StaticTable() : records{} {}
-    ~StaticTable() {}
+    ~StaticTable() {}  // NOLINT(modernize-use-equals-default): that would be deleted
     std::array<DeviceRecord, deviceLimit> records;
 };
 
@@ -79,7 +79,9 @@ void setError(DeviceRecord& record, std::uint32_t code) {
 DeviceRecord* findReceiver(std::uint32_t identifier) {
     if (identifier < standardIdentifiers) {
         const std::uint8_t deviceNo = routes[identifier];
-        return deviceNo == noRoute ? nullptr : &table.records[deviceNo];
+        if (deviceNo == noRoute) return nullptr;
+        if (receives(table.records[deviceNo], identifier)) [[likely]]
+            return &table.records[deviceNo];
     }
     const auto found = std::ranges::find_if(
         table.records, [identifier](const DeviceRecord& record) { return receives(record, identifier); });

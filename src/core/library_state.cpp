@@ -8,6 +8,7 @@ namespace torvik {
 constinit platform::Mutex lifecycleMutex;
 constinit platform::TimedMutex answerMutex;
 constinit platform::TimedMutex valueMutex;
+constinit CallGate libraryGate;
 constinit LibraryState libraryState;
 
 void debugPrint(const char* format, ...) {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 
+#include "core/call_gate.h"
 #include "platform/receive_event.h"
 #include "platform/sync.h"
 #include "platform/thread.h"
@@ -24,6 +25,9 @@ extern constinit platform::TimedMutex answerMutex;
 
 // Guards all value buffers and their indices. Never held together with answerMutex.
 extern constinit platform::TimedMutex valueMutex;
+
+// Every call is inside it, so that an unload can wait until the library's code has been left.
+extern constinit CallGate libraryGate;
 
 struct LibraryState {
     std::atomic<std::uint8_t> channelHandle = 0;

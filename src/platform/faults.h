@@ -5,7 +5,7 @@
 
 namespace torvik::platform {
 
-enum class FaultPoint : std::uint8_t { eventCreate, mutexCreate, threadStart };
+enum class FaultPoint : std::uint8_t { eventCreate, mutexCreate, threadStart, allocation };
 
 // Decides for one call whether it fails: 0 lets it go on, any other number is the system error it fails with.
 using FaultHook = std::uint32_t (*)(FaultPoint);

@@ -15,6 +15,8 @@ std::uint32_t registerReceiveEvent() {
 
 std::uint32_t pcanEventOff() {
     libraryState.receiveEvent.watchDescriptor(-1);
+    // The adapter has nothing of ours: whatever it answers, the next event is to be registered anew.
+    libraryState.receiveEventSet = false;
     return pcanSetValue(libraryState.channelHandle, pcan::receiveEvent, 0);
 }
 

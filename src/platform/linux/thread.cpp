@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -54,7 +55,7 @@ bool waitForEnd(ThreadState& state, std::optional<std::chrono::milliseconds> lim
 
 }  // namespace
 
-std::uint32_t Thread::start(void (*routine)()) {
+std::uint32_t Thread::start(void (*routine)()) try {
     if (const std::uint32_t error = injectedFault(FaultPoint::threadStart); error != 0) return error;
     auto state = std::make_unique<ThreadState>();
     state->routine = routine;
@@ -62,6 +63,8 @@ std::uint32_t Thread::start(void (*routine)()) {
     if (error != 0) return static_cast<std::uint32_t>(error);
     state_ = state.release();
     return 0;
+} catch (const std::bad_alloc&) {
+    return ENOMEM;
 }
 
 bool Thread::join(std::optional<std::chrono::milliseconds> limit) {

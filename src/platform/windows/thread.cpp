@@ -1,6 +1,7 @@
 #include "platform/thread.h"
 
 #include <memory>
+#include <new>
 
 #include "platform/faults.h"
 #include "windows_api.h"
@@ -48,14 +49,16 @@ bool prepare(ThreadState& state) {
 
 }  // namespace
 
-std::uint32_t Thread::start(void (*routine)()) {
+std::uint32_t Thread::start(void (*routine)()) try {
     if (const std::uint32_t error = injectedFault(FaultPoint::threadStart); error != 0) return error;
     auto state = std::make_unique<ThreadState>();
     state->routine = routine;
-    if (!prepare(*state)) return GetLastError();
+    if (!prepare(*state)) return GetLastError() != 0 ? GetLastError() : ERROR_NOT_ENOUGH_MEMORY;
     SubmitThreadpoolWork(state->work);
     state_ = state.release();
     return 0;
+} catch (const std::bad_alloc&) {
+    return ERROR_NOT_ENOUGH_MEMORY;
 }
 
 bool Thread::join(std::optional<std::chrono::milliseconds> limit) {
