@@ -42,7 +42,7 @@ class ReceiveNotifier {
   private:
     struct System;
     bool active_ = false;
-    void (*dueTimeReached_)();
+    [[maybe_unused]] void (*dueTimeReached_)();
     std::unique_ptr<System> system_;
 };
 

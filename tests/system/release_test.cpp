@@ -42,6 +42,67 @@ TEST_F(Release, CallThatWaitsForItsAnswerEndsWithEverything) {
     releaseDuringACall(0);
 }
 
+TEST_F(Release, ActivationThatWaitsForItsDeviceEndsWithEverything) {
+    drop(0x8C);
+    std::atomic<std::int32_t> result = 0;
+    std::thread caller([&result] {
+        std::uint32_t channels = 0;
+        result = TORVIKactivateStd(device, &channels);
+    });
+    while (takeWritten().empty())
+        std::this_thread::sleep_for(milliseconds(1));
+    const auto begun = Clock::now();
+    TORVIKrelease(0);
+    caller.join();
+    EXPECT_LT(Clock::now() - begun, milliseconds(1000)) << "well before the answer's two seconds";
+    EXPECT_EQ(result, -1);
+    expectLastError(device, 0x30000113, notInitialized);
+}
+
+TEST_F(Release, SilentDeviceThatIsBeingActivatedHoldsUpNobodyElse) {
+    ASSERT_EQ(virtualConfigure("[[amplifier]]\ncopies = 3\nidentifier_step = 3\n"), 0) << virtualMessage();
+    activate();
+    virtualAnswerRule(1, VIRTUAL_ANY_COMMAND, VIRTUAL_ANSWER_DROP, VIRTUAL_FOR_EVER, 0, nullptr);
+    std::atomic<bool> waiting = true;
+    std::thread caller([&waiting] {
+        std::uint32_t channels = 0;
+        EXPECT_EQ(TORVIKactivateExtended(2, TORVIK_ADAPTER_USB, 1000000, 100, &channels, 0x103, 0x104,
+                                         TORVIK_FLAG_PROTOCOL_KIND_16),
+                  -1);
+        waiting = false;
+    });
+    while (takeWritten().empty())
+        std::this_thread::sleep_for(milliseconds(1));
+    settle();
+    TORVIKrelease(device);
+    std::uint32_t channels = 0;
+    EXPECT_EQ(TORVIKactivateExtended(3, TORVIK_ADAPTER_USB, 1000000, 100, &channels, 0x106, 0x107,
+                                     TORVIK_FLAG_PROTOCOL_KIND_16),
+              0);
+    EXPECT_TRUE(waiting) << "all that takes far less than the two seconds of the silent device";
+    caller.join();
+    expectLastError(2, 249, "TORVIKLIB: error while getting CAN identifier [249]");
+}
+
+TEST_F(Release, FailedActivationLeavesTheAdapterToAnotherOneInProgress) {
+    ASSERT_EQ(virtualConfigure("[[amplifier]]\ncopies = 2\nidentifier_step = 3\n"), 0) << virtualMessage();
+    virtualAnswerRule(0, VIRTUAL_ANY_COMMAND, VIRTUAL_ANSWER_DELAY, VIRTUAL_FOR_EVER, 100'000, nullptr);
+    std::int32_t result = -1;
+    std::thread slow([&result] {
+        std::uint32_t channels = 0;
+        result = TORVIKactivateStd(device, &channels);
+    });
+    while (takeWritten().empty())
+        std::this_thread::sleep_for(milliseconds(1));
+    std::uint32_t channels = 0;
+    EXPECT_EQ(TORVIKactivateExtended(2, TORVIK_ADAPTER_USB, 1000000, 100, &channels, 0x101, 0x104,
+                                     TORVIK_FLAG_PROTOCOL_KIND_16),
+              -1);
+    EXPECT_EQ(takeLastError(2).code, 0x30000114u);
+    slow.join();
+    EXPECT_EQ(result, 0) << takeLastError(device).text;
+}
+
 TEST_F(Release, OneOfSeveralActivationsOfADeviceSucceeds) {
     for (int round = 0; round < 20; ++round) {
         std::atomic<int> successes = 0;

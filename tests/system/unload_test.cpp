@@ -1,21 +1,28 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <cstdlib>
+#include <functional>
+#include <future>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "support/loaded_library.h"
+#include "support/program.h"
 #include "virtual_control.h"
 
 namespace {
 
+using torvik::test::exitCodeOf;
 using torvik::test::LoadedLibrary;
 
 constexpr const char* library = TORVIK_LIBRARY;
 
 using ActivateStd = std::int32_t(std::int32_t, std::uint32_t*);
 using Received = std::int32_t(std::int32_t, std::uint32_t, std::int32_t*);
+using GetIdent = std::int32_t(std::int32_t, std::uint8_t, std::uint32_t*);
 using GetVersion = std::int32_t(std::uint32_t*);
 
 // TORVIK_UNLOAD_CYCLES asks for more than the usual number.
@@ -60,6 +67,62 @@ TEST(Unload, StreamingLibraryLeavesTheProcessWithoutRelease) {
             stream(loaded);
         }
         ASSERT_FALSE(LoadedLibrary::present(library)) << "cycle " << cycle;
+    }
+}
+
+// Lets `calls` run, each in a thread of its own, until they wait for an answer that does not come, and unloads the
+// library. Result: what the calls return.
+std::vector<std::int32_t> unloadDuring(const std::vector<std::function<std::int32_t(const LoadedLibrary&)>>& calls) {
+    std::vector<std::future<std::int32_t>> results;
+    {
+        const LoadedLibrary loaded(library);
+        EXPECT_TRUE(loaded.loaded());
+        for (const auto& call : calls)
+            results.push_back(std::async(std::launch::async, [&call, &loaded] { return call(loaded); }));
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    }
+    EXPECT_FALSE(LoadedLibrary::present(library));
+    std::vector<std::int32_t> values;
+    for (auto& result : results)
+        values.push_back(result.get());
+    return values;
+}
+
+template <std::int32_t deviceNo>
+std::int32_t activate(const LoadedLibrary& loaded) {
+    std::uint32_t channels = 0;
+    return loaded.function<ActivateStd>("TORVIKactivateStd")(deviceNo, &channels);
+}
+
+std::int32_t askIdent(const LoadedLibrary& loaded) {
+    std::uint32_t ident = 0;
+    if (const std::int32_t result = activate<1>(loaded); result != 0) return result - 100;
+    return loaded.function<GetIdent>("TORVIKgetInterfaceIdent")(1, 0, &ident);
+}
+
+TEST(Unload, CallThatWaitsForItsAnswerFailsAndLeaves) {
+    for (int cycle = 0; cycle < cycles() / 20; ++cycle) {
+        ASSERT_EQ(virtualReset(), 0);
+        virtualAnswerRule(0, 0x01, VIRTUAL_ANSWER_DROP, VIRTUAL_FOR_EVER, 0, nullptr);
+        EXPECT_THAT(unloadDuring({askIdent}), testing::ElementsAre(-1)) << "cycle " << cycle;
+    }
+}
+
+TEST(Unload, ActivationsThatWaitForTheirDevicesFailAndLeave) {
+    for (int cycle = 0; cycle < cycles() / 20; ++cycle) {
+        ASSERT_EQ(virtualReset(), 0);
+        virtualAnswerRule(0, VIRTUAL_ANY_COMMAND, VIRTUAL_ANSWER_DROP, VIRTUAL_FOR_EVER, 0, nullptr);
+        EXPECT_THAT(unloadDuring({activate<1>, activate<2>, activate<3>}), testing::ElementsAre(-1, -1, -1))
+            << "cycle " << cycle;
+    }
+}
+
+TEST(Unload, ProcessThatStreamsEndsWithItsOwnExitCode) {
+    constexpr int runs = 100;
+    for (int run = 0; run < runs; ++run) {
+        // Once from main, once from exit() while a call is inside the library.
+        const std::string how = run % 2 == 0 ? "return" : "exit";
+        ASSERT_EQ(exitCodeOf(TORVIK_EXIT_PROGRAM " " + how), 23) << "run " << run << ", " << how;
     }
 }
 

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "open_adapter.hpp"
+#include "support/program.h"
 #include "system_support.hpp"
 
 // The shared library as clients load it: this program is not linked with the adapter.
@@ -59,7 +60,7 @@ TEST(SharedLibrary, IsReallyUnloadedWhileItsStreamIsWaitedFor) {
 
 TEST(SharedLibrary, ProcessEndsWhileThreadsAreReading) {
     for (int run = 0; run < kExitRuns; ++run)
-        EXPECT_EQ(exitCodeOf(TORVIK_EXIT_PROGRAM), 23) << run;
+        EXPECT_EQ(torvik::test::exitCodeOf(TORVIK_EXIT_PROGRAM), 23) << run;
 }
 
 }  // namespace

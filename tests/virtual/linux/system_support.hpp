@@ -83,9 +83,4 @@ inline int openHandles() {
     return static_cast<int>(std::count_if(begin(descriptors), end(descriptors), [](const auto&) { return true; }));
 }
 
-inline int exitCodeOf(const std::string& program) {
-    const int status = std::system(program.c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 }  // namespace virtual_test

@@ -84,22 +84,4 @@ inline int openHandles() {
     return static_cast<int>(count);
 }
 
-inline int exitCodeOf(const std::string& program) {
-    std::string command = program;
-    STARTUPINFOA startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process) ==
-        0) {
-        return -1;
-    }
-    DWORD code = ~DWORD{0};
-    constexpr DWORD longest = 20'000;
-    if (WaitForSingleObject(process.hProcess, longest) != WAIT_OBJECT_0) TerminateProcess(process.hProcess, 99);
-    GetExitCodeProcess(process.hProcess, &code);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    return static_cast<int>(code);
-}
-
 }  // namespace virtual_test
