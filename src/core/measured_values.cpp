@@ -48,7 +48,16 @@ std::span<const ValueEntry> takeRun(ValueBuffer& buffer, std::size_t wanted) {
 }
 
 void copyScaled(std::span<const ValueEntry> entries, double scale, double* values) {
-    for (std::size_t i = 0; i < entries.size(); ++i)
+    std::size_t i = 0;
+    // Four at a time, all read before the first is written: the compiler makes vector instructions of it.
+    for (; i + 4 <= entries.size(); i += 4) {
+        const double raw[] = {entries[i].value, entries[i + 1].value, entries[i + 2].value, entries[i + 3].value};
+        values[i] = raw[0] * scale;
+        values[i + 1] = raw[1] * scale;
+        values[i + 2] = raw[2] * scale;
+        values[i + 3] = raw[3] * scale;
+    }
+    for (; i < entries.size(); ++i)
         values[i] = entries[i].value * scale;
 }
 
