@@ -12,7 +12,6 @@ inline constexpr const char* receivePath = "receive path";
 inline constexpr const char* receiveBareLoop = "receive path, bare loop";
 inline constexpr const char* receivePythonCan = "receive path, python-can";
 inline constexpr const char* queue = "queue after a pause";
-inline constexpr const char* queueBareLoop = "queue, bare loop";
 inline constexpr const char* roundTrip = "round trip";
 inline constexpr const char* roundTripPolled = "round trip, polled";
 inline constexpr const char* handOff = "hand-off";

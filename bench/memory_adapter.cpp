@@ -14,10 +14,7 @@ namespace bench {
 
 MemoryAdapter::MemoryAdapter() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
-MemoryAdapter& MemoryAdapter::instance() {
-    static MemoryAdapter adapter;
-    return adapter;
-}
+MemoryAdapter MemoryAdapter::instance_;
 
 void MemoryAdapter::queue(std::span<const PcanMessage> frames) {
     std::size_t slot = available_.load(std::memory_order_relaxed);

@@ -17,7 +17,7 @@ class MemoryAdapter {
   public:
     using Clock = std::chrono::steady_clock;
 
-    static MemoryAdapter& instance();
+    static MemoryAdapter& instance() { return instance_; }
 
     // Puts frames into the receive queue without telling anybody. One thread at a time.
     void queue(std::span<const PcanMessage> frames);
@@ -41,7 +41,8 @@ class MemoryAdapter {
   private:
     MemoryAdapter();
 
-    static constexpr std::size_t slots = 65536;
+    static MemoryAdapter instance_;
+    static constexpr std::size_t slots = 32768;
 
     std::vector<PcanMessage> queue_ = std::vector<PcanMessage>(slots);
     std::size_t next_ = 0;

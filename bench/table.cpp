@@ -57,8 +57,8 @@ const Row rows[] = {
      false,
      4},
     {"queue of 32,767 frames after a pause: time to bare loop's",
-     {name::queue, name::queueBareLoop},
-     [](const Round& round) { return ratio(round, name::queue, name::queueBareLoop); },
+     {name::queue, name::receiveBareLoop},
+     [](const Round& round) { return ratio(round, name::queue, name::receiveBareLoop); },
      false,
      2},
 };
