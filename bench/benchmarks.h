@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <vector>
 
 namespace torvik::bench {
 
@@ -32,18 +33,26 @@ void registerManual(const char* name, Function function, int iterations) {
     benchmark::RegisterBenchmark(name, function)->Iterations(iterations)->UseManualTime();
 }
 
-class Stopwatch {
+// The times of a benchmark's iterations. Their median is what counts of a round, so that an interruption by another
+// program does not.
+class IterationTimes {
   public:
     using Clock = std::chrono::steady_clock;
+    static constexpr const char* median = "median";
 
-    // Gives the time since the construction to Google Benchmark as the time of one iteration.
-    void stop(benchmark::State& state) const { stop(state, Clock::now()); }
-    void stop(benchmark::State& state, Clock::time_point end) const {
-        state.SetIterationTime(std::chrono::duration<double>(end - start_).count());
-    }
+    explicit IterationTimes(benchmark::State& state) : state_(state) {}
+    ~IterationTimes();
+    IterationTimes(const IterationTimes&) = delete;
+    IterationTimes& operator=(const IterationTimes&) = delete;
+
+    void start() { start_ = Clock::now(); }
+    void stop() { stop(Clock::now()); }
+    void stop(Clock::time_point end);
 
   private:
-    Clock::time_point start_ = Clock::now();
+    benchmark::State& state_;
+    std::vector<double> seconds_;
+    Clock::time_point start_;
 };
 
 }  // namespace torvik::bench

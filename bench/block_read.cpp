@@ -47,10 +47,11 @@ void blockRead(benchmark::State& state) {
     const WithoutReceiveThread direct;
     clearAllBuffers();
     Block values{};
+    IterationTimes times(state);
     for ([[maybe_unused]] auto _ : state) {
         fillLargeDevice();
         std::int32_t read = 0;
-        const Stopwatch watch;
+        times.start();
         for (std::uint32_t block = 0; block < blocks; ++block) {
             std::int32_t count = 0;
             TORVIKreadMultiple(largeDevice, 1, values.data(), blockLength, &count, nullptr);
@@ -58,7 +59,7 @@ void blockRead(benchmark::State& state) {
             benchmark::ClobberMemory();
             read += count;
         }
-        watch.stop(state);
+        times.stop();
         const bool complete = read == static_cast<std::int32_t>(valueCount);
         if (!complete || !holdsBlock(values, valueCount - blockLength)) {
             return state.SkipWithError("values are missing or out of order");
@@ -72,15 +73,16 @@ void blockCopy(benchmark::State& state) {
     for (std::uint32_t i = 0; i < blockLength; ++i)
         delivered[i] = scaledValueOf(largeDevice, 0, i);
     Block values{};
+    IterationTimes times(state);
     for ([[maybe_unused]] auto _ : state) {
-        const Stopwatch watch;
+        times.start();
         for (std::uint32_t block = 0; block < blocks; ++block) {
             benchmark::DoNotOptimize(delivered.data());
             std::memcpy(values.data(), delivered.data(), sizeof delivered);
             benchmark::DoNotOptimize(values.data());
             benchmark::ClobberMemory();
         }
-        watch.stop(state);
+        times.stop();
         if (!holdsBlock(values, 0)) return state.SkipWithError("wrong copy");
     }
 }

@@ -1,6 +1,22 @@
 #include "measurements.h"
 
+#include <algorithm>
+
+#include "benchmarks.h"
+
 namespace torvik::bench {
+
+IterationTimes::~IterationTimes() {
+    if (seconds_.empty()) return;
+    const auto middle = seconds_.begin() + static_cast<std::ptrdiff_t>(seconds_.size() / 2);
+    std::ranges::nth_element(seconds_, middle);
+    state_.counters[median] = *middle;
+}
+
+void IterationTimes::stop(Clock::time_point end) {
+    seconds_.push_back(std::chrono::duration<double>(end - start_).count());
+    state_.SetIterationTime(seconds_.back());
+}
 
 void Measurements::runRounds(unsigned rounds) {
     for (unsigned i = 0; i < rounds; ++i) {
@@ -15,7 +31,7 @@ void Measurements::ReportRuns(const std::vector<Run>& runs) {
         if (run.error_occurred) {
             errors_[name] = run.error_message;
         } else {
-            rounds_.back()[name] = run.real_accumulated_time / static_cast<double>(run.iterations);
+            rounds_.back()[name] = run.counters.at(IterationTimes::median).value;
         }
     }
 }

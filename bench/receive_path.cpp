@@ -35,11 +35,12 @@ bool allSetsStored() {
 void receivePath(benchmark::State& state) {
     const WithoutReceiveThread direct;
     clearAllBuffers();
+    IterationTimes times(state);
     for ([[maybe_unused]] auto _ : state) {
         MemoryAdapter::instance().queue(queuedFrames());
-        const Stopwatch watch;
+        times.start();
         const std::uint8_t code = drainReceiveQueue();
-        watch.stop(state);
+        times.stop();
         if (code != 0 || !allSetsStored()) return state.SkipWithError("sets are missing or out of order");
     }
 }
@@ -47,13 +48,14 @@ void receivePath(benchmark::State& state) {
 void receiveBareLoop(benchmark::State& state) {
     BareLoop& loop = bareLoop();
     std::vector<PcanMessage> arrived(queueLength);
+    IterationTimes times(state);
     for ([[maybe_unused]] auto _ : state) {
         loop.clear();
         // As fresh in the processor's caches as what is put into the adapter's queue.
         std::ranges::copy(queuedFrames(), arrived.begin());
-        const Stopwatch watch;
+        times.start();
         loop.run(arrived);
-        watch.stop(state);
+        times.stop();
         for (std::uint8_t deviceNo = 0; deviceNo < deviceCount; ++deviceNo) {
             if (!loop.holdsInOrder(deviceNo, completeSetsOf(deviceNo))) {
                 return state.SkipWithError("values are missing or out of order");
@@ -63,9 +65,9 @@ void receiveBareLoop(benchmark::State& state) {
 }
 
 bool waitUntilEmptied(std::uint32_t timesBefore) {
-    const auto deadline = Stopwatch::Clock::now() + queueLimit;
+    const auto deadline = IterationTimes::Clock::now() + queueLimit;
     while (MemoryAdapter::instance().timesEmptied() == timesBefore) {
-        if (Stopwatch::Clock::now() > deadline) return false;
+        if (IterationTimes::Clock::now() > deadline) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return true;
@@ -85,13 +87,14 @@ bool unfinishedSetGoesOn() {
 void queueAfterPause(benchmark::State& state) {
     MemoryAdapter& adapter = MemoryAdapter::instance();
     clearAllBuffers();
+    IterationTimes times(state);
     for ([[maybe_unused]] auto _ : state) {
         const std::uint32_t before = adapter.timesEmptied();
         adapter.queue(queuedFrames());
-        const Stopwatch watch;
+        times.start();
         adapter.signal();
         if (!waitUntilEmptied(before)) return state.SkipWithError("the queue is not emptied");
-        watch.stop(state, adapter.emptiedAt());
+        times.stop(adapter.emptiedAt());
         if (!allSetsStored()) return state.SkipWithError("sets are missing or out of order");
         if (!unfinishedSetGoesOn()) return state.SkipWithError("the set at the end of the queue is lost");
     }
