@@ -67,7 +67,7 @@ TEST_F(AdapterFault, ChannelIsUsableAgainAfterEverythingIsReleased) {
 }
 
 TEST_F(AdapterFault, LogFlagTurnsTheAdaptersLogOnBeforeAnythingElse) {
-    for (const std::uint32_t skipped : {0, 1, 2}) {
+    for (const std::uint32_t skipped : {0u, 1u, 2u}) {
         virtualFailCalls(VIRTUAL_SET_VALUE, illegalHardware, skipped, 1);
         EXPECT_EQ(open(TORVIK_FLAG_PROTOCOL_KIND_16 | logFlag), -1) << "after " << skipped;
         EXPECT_EQ(takeLastError(device).code, illegalHardware) << "after " << skipped;

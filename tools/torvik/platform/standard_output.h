@@ -37,8 +37,8 @@ class StandardOutput {
   private:
     int descriptor_ = -1;
     bool terminal_ = false;
-    unsigned savedCodePage_ = 0;
-    unsigned savedMode_ = 0;
+    [[maybe_unused]] unsigned savedCodePage_ = 0;  // Windows
+    [[maybe_unused]] unsigned savedMode_ = 0;      // Windows
 };
 
 }  // namespace torvik::tool::platform
