@@ -3,18 +3,13 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/faults.h"
-#include "support/fake_adapter.h"
-#include "support/record_test.h"
+#include "support/adapter_test.h"
 
 namespace torvik {
 namespace {
 
+using test::AdapterTest;
 using test::FakeAdapter;
-using test::RecordTest;
-
-constexpr std::uint8_t deviceNo = 3;
-constexpr std::uint8_t refused = 255;
 
 std::uint32_t failEvent(platform::FaultPoint point) {
     return point == platform::FaultPoint::eventCreate ? 8 : 0;
@@ -28,42 +23,13 @@ std::uint32_t failThread(platform::FaultPoint point) {
     return point == platform::FaultPoint::threadStart ? 8 : 0;
 }
 
-class AdapterChannel : public RecordTest {
-  protected:
-    void SetUp() override {
-        RecordTest::SetUp();
-        libraryState.adapterOpen = false;
-    }
-
-    void TearDown() override {
-        platform::setFaultHook(nullptr);
-        close();
-        RecordTest::TearDown();
-    }
-
-    static std::uint8_t open(std::uint8_t adapterType = 1, std::uint16_t baudCode = 0x001C) {
-        const platform::LockGuard lock(lifecycleMutex);
-        return initAdapter(deviceNo, adapterType, baudCode);
-    }
-
-    static void close() {
-        const platform::LockGuard lock(lifecycleMutex);
-        closeAdapter();
-    }
-
-    static bool threadExists() {
-        const platform::LockGuard lock(lifecycleMutex);
-        return libraryState.receiveThread.exists();
-    }
-
-    FakeAdapter& adapter = FakeAdapter::instance();
-};
+class AdapterChannel : public AdapterTest {};
 
 TEST_F(AdapterChannel, IsOpenedWithTheHandleOfTheAdapterType) {
     const std::pair<std::uint8_t, std::uint16_t> handles[] = {{1, 0x51}, {2, 0x41}, {3, 0x61}, {4, 0x01}};
     for (const auto& [adapterType, handle] : handles) {
         EXPECT_EQ(open(adapterType), 0);
-        EXPECT_EQ(adapter.initialized(), std::pair(handle, std::uint16_t{0x001C}));
+        EXPECT_EQ(adapter.initialized(), (FakeAdapter::Initialization{.channel = handle, .baudCode = 0x001C}));
         EXPECT_TRUE(libraryState.adapterOpen);
         close();
     }
@@ -71,7 +37,7 @@ TEST_F(AdapterChannel, IsOpenedWithTheHandleOfTheAdapterType) {
 
 TEST_F(AdapterChannel, IsOpenedWithOneMegabitForBaudCodeZero) {
     EXPECT_EQ(open(1, 0), 0);
-    EXPECT_EQ(adapter.initialized().second, 0x0014);
+    EXPECT_EQ(adapter.initialized().baudCode, 0x0014);
     EXPECT_EQ(libraryState.baudCode, 0x0014);
 }
 

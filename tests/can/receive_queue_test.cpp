@@ -1,13 +1,19 @@
 #include "can/receive_thread.h"
 #include "core/transaction.h"
 #include "support/fake_adapter.h"
+#include "support/held_elsewhere.h"
 #include "support/record_test.h"
+#include "support/test_clock.h"
 
 namespace torvik {
 namespace {
 
+using namespace std::chrono_literals;
 using test::FakeAdapter;
+using test::HeldElsewhere;
 using test::RecordTest;
+using test::runWithTimeouts;
+using test::TestClock;
 
 constexpr std::uint8_t passEnded = 225;
 
@@ -90,6 +96,33 @@ TEST_F(ReceiveQueue, IsAFaultWhileTheAdapterIsClosed) {
     libraryState.adapterOpen = false;
     EXPECT_EQ(drainReceiveQueue(), passEnded);
     EXPECT_EQ(lastErrorOf(0), 0x10000U);
+}
+
+TEST_F(ReceiveQueue, KeepsTheTimeStampWithTheAnswer) {
+    adapter.queueFrame(0x201, {0x40}, {.milliseconds = 0x11223344, .overflows = 0x5566, .microseconds = 0x7788});
+    EXPECT_EQ(drainReceiveQueue(), 0);
+    EXPECT_EQ(answerSlotOf(record, 0).timestamp, 0x7788556611223344U);
+}
+
+TEST_F(ReceiveQueue, DropsEveryFrameWhoseDeviceCannotBeLookedUpInTenSeconds) {
+    TestClock clock;
+    adapter.queueFrame(0x201, {0x40});
+    adapter.queueFrame(0x202, {0x00, 0x10, 0, 1, 0, 7});
+    const HeldElsewhere held(answerMutex);
+    EXPECT_EQ(runWithTimeouts(clock, drainReceiveQueue), 0);
+    EXPECT_EQ(clock.elapsed(), 20000ms);
+    EXPECT_EQ(record.answerCount, 0U);
+    EXPECT_EQ(bufferOf(record, 0).count, 0);
+}
+
+TEST_F(ReceiveQueue, GivesAFaultAfterADroppedFrameToDeviceZero) {
+    TestClock clock;
+    adapter.queueFrame(0x201, {0x40});
+    adapter.queueStatus(0x80);
+    const HeldElsewhere held(answerMutex);
+    EXPECT_EQ(runWithTimeouts(clock, drainReceiveQueue), passEnded);
+    EXPECT_EQ(lastErrorOf(0), 0x80U);
+    EXPECT_EQ(record.lastError, 0U);
 }
 
 struct Fault {

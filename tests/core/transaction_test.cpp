@@ -4,12 +4,12 @@
 
 #include <future>
 #include <optional>
-#include <thread>
 #include <vector>
 
 #include "core/ask.h"
 #include "core/call_control.h"
 #include "support/fake_adapter.h"
+#include "support/held_elsewhere.h"
 #include "support/record_test.h"
 #include "support/test_clock.h"
 
@@ -18,6 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using test::FakeAdapter;
+using test::HeldElsewhere;
 using test::RecordTest;
 using test::runWithTimeouts;
 using test::TestClock;
@@ -51,29 +52,6 @@ class Transaction : public RecordTest {
     TestClock clock;
     std::array<std::uint8_t, 8> answer{};
     std::uint8_t dataLength = 0;
-};
-
-// Holds a mutex in a thread of its own, as another call would.
-class HeldElsewhere {
-  public:
-    explicit HeldElsewhere(platform::TimedMutex& mutex) {
-        std::promise<void> held;
-        thread_ = std::thread([this, &mutex, &held] {
-            EXPECT_TRUE(exclusively(mutex, [this, &held] {
-                held.set_value();
-                released_.get_future().wait();
-            }));
-        });
-        held.get_future().wait();
-    }
-    ~HeldElsewhere() {
-        released_.set_value();
-        thread_.join();
-    }
-
-  private:
-    std::promise<void> released_;
-    std::thread thread_;
 };
 
 TEST_F(Transaction, WritesHeaderCommandAndParameters) {

@@ -11,6 +11,9 @@ void RecordTest::restore() {
     libraryState.valueBufferLength = 0;
     libraryState.channelHandle = 0;
     libraryState.initialisedDevices = 0;
+    libraryState.debugOutput = false;
+    libraryState.pcanLogging = false;
+    libraryState.receiveEventSet = false;
 }
 
 void RecordTest::SetUp() {

@@ -1,0 +1,186 @@
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <thread>
+
+#include "can/adapter_event.h"
+#include "support/adapter_test.h"
+#include "support/test_clock.h"
+
+namespace torvik {
+namespace {
+
+using test::AdapterTest;
+using test::FakeAdapter;
+using test::runWithTimeouts;
+using test::TestClock;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::uint8_t usb = 0x51;
+constexpr char eventOffFailure[] = "Fehler beim Ruecksetzen des Events\n";
+
+class AdapterClosing : public AdapterTest {
+  protected:
+    std::size_t eventsTakenBack() const {
+        const std::vector<FakeAdapter::Setting> settings = adapter.settings();
+        return static_cast<std::size_t>(
+            std::ranges::count(settings, FakeAdapter::Setting{usb, pcan::receiveEvent, 0, 4}));
+    }
+
+    // Whether a frame of the channel still reaches a device.
+    bool frameArrives() {
+        DeviceRecord& record = activate(deviceNo);
+        adapter.queueFrame(0x101, {0x40});
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        while (record.answerCount == 0 && std::chrono::steady_clock::now() < limit)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        return record.answerCount == 1;
+    }
+};
+
+TEST_F(AdapterClosing, WithUninitialisationGivesTheLowBitsOfItsStatus) {
+    ASSERT_EQ(open(), 0);
+    adapter.failUninitialize(0x1485);
+    EXPECT_EQ(release(true), 0x85);
+    EXPECT_THAT(adapter.uninitialized(), ElementsAre(usb));
+    EXPECT_FALSE(libraryState.adapterOpen);
+}
+
+TEST_F(AdapterClosing, WithUninitialisationOfAClosedChannelCallsNothing) {
+    EXPECT_EQ(release(true), 0);
+    EXPECT_THAT(adapter.uninitialized(), IsEmpty());
+}
+
+TEST_F(AdapterClosing, WithoutUninitialisationGivesTheLowBitsOfTheEventsStatus) {
+    ASSERT_EQ(open(), 0);
+    adapter.failSetValue(pcan::receiveEvent, 0x1485);
+    EXPECT_EQ(release(false), 0x85);
+    EXPECT_THAT(adapter.uninitialized(), IsEmpty());
+    EXPECT_FALSE(libraryState.adapterOpen);
+}
+
+TEST_F(AdapterClosing, WithoutUninitialisationAndWithoutAnEventGivesZero) {
+    EXPECT_EQ(release(false), 0);
+}
+
+TEST_F(AdapterClosing, TakesTheEventBackTwiceAfterTheThreadHasDoneSo) {
+    ASSERT_EQ(open(), 0);
+    EXPECT_EQ(release(false), 0);
+    EXPECT_EQ(eventsTakenBack(), 3U);
+    EXPECT_FALSE(libraryState.receiveEventSet);
+}
+
+TEST_F(AdapterClosing, TakesDownRecordsMutexesEventAndThread) {
+    ASSERT_EQ(open(), 0);
+    activate(deviceNo);
+    libraryState.initialisedDevices = 1;
+    release(true);
+    EXPECT_FALSE(deviceRecord(deviceNo).active);
+    EXPECT_EQ(libraryState.initialisedDevices, 0);
+    EXPECT_FALSE(answerMutex.exists());
+    EXPECT_FALSE(valueMutex.exists());
+    EXPECT_FALSE(libraryState.receiveEvent.exists());
+    EXPECT_FALSE(threadExists());
+}
+
+TEST_F(AdapterClosing, ForgetsUninitialisationUntilTheNextOpening) {
+    for (std::size_t opening = 1; opening <= 2; ++opening) {
+        ASSERT_EQ(open(), 0);
+        release(true);
+        close();
+        EXPECT_EQ(adapter.uninitialized().size(), opening);
+    }
+}
+
+TEST_F(AdapterClosing, ReportsAnEventThatTheAdapterDoesNotGiveBack) {
+    ASSERT_EQ(open(), 0);
+    adapter.failSetValue(pcan::receiveEvent, 0x4000);
+    adapter.setErrorText("no event");
+    const std::string once = std::string(eventOffFailure) + "no event\n";
+    // Once from the thread as it ends, once from the release.
+    EXPECT_EQ(debugLines([] { release(false); }), once + once);
+}
+
+TEST_F(AdapterClosing, OfEverythingReportsTheEventBecauseTheChannelIsClosedByThen) {
+    ASSERT_EQ(open(), 0);
+    EXPECT_EQ(debugLines([] { close(); }),
+              std::string(eventOffFailure) + "An error ocurred. Error-code's text (10000h) couldn't be retrieved\n");
+}
+
+TEST_F(AdapterClosing, PrintsNothingWhileDebugOutputIsOff) {
+    ASSERT_EQ(open(), 0);
+    adapter.failSetValue(pcan::receiveEvent, 0x4000);
+    testing::internal::CaptureStdout();
+    close();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST_F(AdapterClosing, WithAnEventThatIsNotGivenBackLeavesTheNextOpeningUsable) {
+    for (const bool everything : {true, false}) {
+        ASSERT_EQ(open(), 0);
+        adapter.failSetValue(pcan::receiveEvent, 0x4000);
+        if (everything) {
+            close();
+        } else {
+            release(true);
+        }
+        adapter.failSetValue(pcan::receiveEvent, pcan::ok);
+        ASSERT_EQ(open(), 0);
+        EXPECT_TRUE(frameArrives());
+        close();
+    }
+}
+
+TEST_F(AdapterClosing, RegistersTheEventAgainAtTheNextOpening) {
+    for (int opening = 0; opening < 2; ++opening) {
+        ASSERT_EQ(open(), 0);
+        EXPECT_TRUE(libraryState.receiveEventSet);
+        close();
+        EXPECT_FALSE(libraryState.receiveEventSet);
+    }
+}
+
+TEST_F(AdapterClosing, RegisteringTheEventWhileTheChannelIsClosedSetsNothing) {
+    EXPECT_EQ(debugLines([] { pcanEventOn(); }),
+              "Fehler beim Setzen des Events\nAn error ocurred. Error-code's text (10000h) couldn't be retrieved\n");
+    EXPECT_FALSE(libraryState.receiveEventSet);
+}
+
+// The adapter's driver does not let the thread go.
+class StuckReceiveThread : public AdapterClosing {
+  protected:
+    void SetUp() override {
+        AdapterClosing::SetUp();
+        adapter.holdReads();
+        ASSERT_EQ(open(), 0);
+        ASSERT_TRUE(adapter.untilReadIsHeld());
+        runWithTimeouts(clock, [] {
+            close();
+            return true;
+        });
+    }
+
+    void TearDown() override {
+        adapter.releaseReads();
+        AdapterClosing::TearDown();
+    }
+
+    TestClock clock;
+};
+
+TEST_F(StuckReceiveThread, IsGivenUpAndTheChannelClosed) {
+    EXPECT_LE(clock.elapsed(), std::chrono::seconds(10));
+    EXPECT_FALSE(threadExists());
+    EXPECT_FALSE(libraryState.adapterOpen);
+    EXPECT_THAT(adapter.uninitialized(), ElementsAre(usb));
+}
+
+TEST_F(StuckReceiveThread, LeavesTheChannelToTheThreadOfTheNextOpening) {
+    ASSERT_EQ(open(), 0);
+    adapter.releaseReads();
+    EXPECT_TRUE(frameArrives());
+}
+
+}  // namespace
+}  // namespace torvik
