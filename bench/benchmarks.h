@@ -45,7 +45,8 @@ class IterationTimes {
     IterationTimes(const IterationTimes&) = delete;
     IterationTimes& operator=(const IterationTimes&) = delete;
 
-    void start() { start_ = Clock::now(); }
+    void start() { start(Clock::now()); }
+    void start(Clock::time_point start) { start_ = start; }
     void stop() { stop(Clock::now()); }
     void stop(Clock::time_point end);
 

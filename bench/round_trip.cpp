@@ -1,6 +1,4 @@
 // A command and its answer, which comes 230 microseconds after the write; and what handing over to a thread costs.
-#include <pthread.h>
-
 #include <array>
 #include <thread>
 
@@ -18,7 +16,7 @@ namespace torvik::bench {
 namespace {
 
 constexpr int trips = 50;
-constexpr int handOffs = 500;
+constexpr int handOffs = 50;
 constexpr std::uint8_t deviceNo = 0;
 
 void roundTrip(benchmark::State& state) {
@@ -63,78 +61,60 @@ void roundTripPolled(benchmark::State& state) {
     }
 }
 
-// Two threads that hand a ball to each other, with the library's own mutex and condition.
+// Two threads that hand a ball to each other, with the library's own mutex and condition. Each keeps it for as long as
+// the answer takes: the other one waits as long as the threads of the library do.
 class PingPong {
   public:
-    // Waits until it is the caller's turn and hands over to the other side.
-    void play(bool side) {
+    // Waits until it is the caller's turn. Result: when the other side handed over.
+    IterationTimes::Clock::time_point await(bool side) {
         platform::LockGuard lock(mutex_);
         while (turn_ != side)
             turned_.waitFor(mutex_, std::chrono::seconds(1));
-        turn_ = !side;
-        turned_.notifyOne();
+        return handedOver_;
     }
 
-    // Waits until it is the first side's turn again.
-    void awaitReturn() {
-        platform::LockGuard lock(mutex_);
-        while (turn_)
-            turned_.waitFor(mutex_, std::chrono::seconds(1));
+    void keepAndHandOver(bool side) {
+        const auto until = IterationTimes::Clock::now() + answerDelay;
+        while (IterationTimes::Clock::now() < until) {
+        }
+        const IterationTimes::Clock::time_point now = IterationTimes::Clock::now();
+        {
+            platform::LockGuard lock(mutex_);
+            turn_ = !side;
+            handedOver_ = now;
+        }
+        turned_.notifyOne();
     }
 
   private:
     platform::Mutex mutex_;
     platform::Condition turned_;
     bool turn_ GUARDED_BY(mutex_) = false;
+    IterationTimes::Clock::time_point handedOver_ GUARDED_BY(mutex_);
 };
 
-// Lets a thread run on one processor only. Result: false when that is not possible.
-bool pin(pthread_t thread, const cpu_set_t& processors) {
-    return pthread_setaffinity_np(thread, sizeof processors, &processors) == 0;
-}
-
-// The first two processors that this program may run on.
-std::array<cpu_set_t, 2> twoProcessors(const cpu_set_t& allowed) {
-    std::array<cpu_set_t, 2> chosen{};
-    std::size_t found = 0;
-    for (std::size_t processor = 0; processor < CPU_SETSIZE && found < chosen.size(); ++processor) {
-        if (CPU_ISSET(processor, &allowed)) CPU_SET(processor, &chosen[found++]);
-    }
-    return chosen;
-}
-
-// Between two processors, as between an adapter and a program that waits: on one processor handing over is cheaper, but
-// then nothing runs side by side.
 void handOff(benchmark::State& state) {
-    cpu_set_t allowed{};
-    pthread_getaffinity_np(pthread_self(), sizeof allowed, &allowed);
-    const std::array<cpu_set_t, 2> processors = twoProcessors(allowed);
     PingPong game;
-    const auto exchanges = static_cast<int>(state.max_iterations);
-    std::jthread partner([&game, exchanges] {
-        for (int i = 0; i < exchanges; ++i)
-            game.play(true);
-    });
-    const bool pinned = pin(pthread_self(), processors[0]) && pin(partner.native_handle(), processors[1]);
-    {
-        IterationTimes times(state);
-        for ([[maybe_unused]] auto _ : state) {
-            times.start();
-            game.play(false);
-            game.awaitReturn();
-            times.stop();
+    std::jthread partner([&game, exchanges = state.max_iterations] {
+        for (benchmark::IterationCount i = 0; i < exchanges; ++i) {
+            game.await(true);
+            game.keepAndHandOver(true);
         }
+    });
+    IterationTimes times(state);
+    for ([[maybe_unused]] auto _ : state) {
+        game.keepAndHandOver(false);
+        times.start(game.await(false));
+        times.stop();
     }
-    if (!pin(pthread_self(), allowed) || !pinned) state.SkipWithError("needs two processors");
 }
 
 }  // namespace
 
 void registerRoundTrip() {
+    registerManual(name::handOff, handOff, handOffs);
     registerManual(name::roundTrip, roundTrip, trips);
     registerManual(name::roundTripPolled, roundTripPolled, trips);
-    // An iteration is two hand-offs: there and back.
-    registerManual(name::handOff, handOff, handOffs);
 }
 
 }  // namespace torvik::bench

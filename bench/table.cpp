@@ -16,10 +16,9 @@ double ratio(const Round& round, std::string_view dividend, std::string_view div
     return round.find(dividend)->second / round.find(divisor)->second;
 }
 
-// An iteration of the benchmark hands over twice.
 double handOffsBeyondDelay(const Round& round) {
     const double beyond = round.find(name::roundTrip)->second - std::chrono::duration<double>(answerDelay).count();
-    return beyond / (round.find(name::handOff)->second / 2);
+    return beyond / round.find(name::handOff)->second;
 }
 
 struct Row {
