@@ -2,6 +2,7 @@
 # makes a test program.
 
 set(TORVIK_GOOGLETEST /usr/src/googletest CACHE PATH "GoogleTest's sources")
+set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
 set(INSTALL_GTEST OFF)
 set(gtest_hide_internal_symbols OFF)
 add_subdirectory(${TORVIK_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Builds for Linux and Windows, runs all tests and checks, and closes with the line "N passed, N failed".
 #
-#   scripts/test.sh [--all | --only STAGE[,STAGE...]] [--no-install]
+#   scripts/test.sh [--only STAGE[,STAGE...]] [--no-install]
 #
-# Stages, in this order; without an option linux, windows and format run:
+# Stages, in this order:
 #   linux    build with GCC, all tests
 #   windows  build with mingw-w64, all tests under Wine
 #   asan     all tests with the address and undefined-behaviour sanitizers
@@ -15,13 +15,12 @@ set -u -o pipefail
 . "$(dirname "$0")/lib.sh"
 
 all_stages=(linux windows asan tsan clang format tidy)
-stages=(linux windows format)
+stages=("${all_stages[@]}")
 install=yes
 usage() { sed -n '2,/^set/{/^set/d;s/^# \{0,1\}//;p}' "$0"; }
 while [ $# -gt 0 ]; do
     case $1 in
         --only) IFS=, read -ra stages <<<"${2:?--only needs stages}"; shift ;;
-        --all) stages=("${all_stages[@]}") ;;
         --no-install) install=no ;;
         -h | --help) usage; exit 0 ;;
         *) usage >&2; exit 2 ;;
@@ -95,15 +94,17 @@ sources_of() { (cd "$root" && find "$@" -name '*.cpp' -o -name '*.hpp' -o -name 
 check_format() { sources_of src adapters tools tests bench examples | (cd "$root" && xargs clang-format --dry-run -Werror); }
 stage_format() { check "format" check_format; }
 
+# Each file as it is compiled, several in one where the build takes them together (Unity/).
 check_tidy() {
     [ -f "$root/build/clang/compile_commands.json" ] || (cd "$root" && cmake --preset clang) || return
     "$python" - "$root" <<'PYTHON' | xargs -P "$(nproc)" -n 1 clang-tidy --quiet -p "$root/build/clang"
 import json, pathlib, sys
 root = pathlib.Path(sys.argv[1])
+folders = [root / name for name in ("src", "adapters", "tools")]
+folders += [root / "build/clang" / folder.name for folder in folders]
 for entry in json.load(open(root / "build/clang/compile_commands.json")):
-    if pathlib.Path(entry["file"]).relative_to("/").is_relative_to(root.relative_to("/")):
-        if pathlib.Path(entry["file"]).relative_to(root).parts[0] in ("src", "adapters", "tools"):
-            print(entry["file"])
+    if any(pathlib.Path(entry["file"]).is_relative_to(folder) for folder in folders):
+        print(entry["file"])
 PYTHON
 }
 stage_tidy() { check "tidy" check_tidy; }

@@ -12,7 +12,7 @@ constexpr std::string_view closeOthers = "close other programs that use the adap
 constexpr std::string_view replug = "unplug the adapter and plug it in again, then activate again";
 constexpr std::string_view otherChoice = "check the choice of the adapter (--adapter) and of the bit rate (--baud)";
 
-constexpr auto meanings = std::to_array<ErrorMeaning>({
+constexpr auto adapterRows = std::to_array<ErrorMeaning>({
     {0x1, "the controller has not got rid of the last frame: nobody on the bus acknowledges it", checkBus},
     {0x2, "frames came faster than the controller was read: some are lost", "lower the bus load or the data rate"},
     {0x4, "the controller counts errors on the bus (warning level)", checkBus},
@@ -45,7 +45,7 @@ constexpr auto meanings = std::to_array<ErrorMeaning>({
 }  // namespace
 
 std::span<const ErrorMeaning> adapterMeanings() {
-    return meanings;
+    return adapterRows;
 }
 
 }  // namespace torvik::tool

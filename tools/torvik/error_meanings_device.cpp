@@ -12,7 +12,7 @@ constexpr std::string_view unlock = "unlock write access on the device, then rep
 constexpr std::string_view repeatLater = "wait a moment and repeat the command";
 constexpr std::string_view needsService = "switch the device off and on; when it stays, the device needs service";
 
-constexpr auto meanings = std::to_array<ErrorMeaning>({
+constexpr auto deviceRows = std::to_array<ErrorMeaning>({
     {0x30000060, "the device's answer does not fit the command that was sent",
      "repeat the call; answers may have been late: release and activate the device to start afresh"},
     {0x30000062, "the device's firmware is too old for this request", "update the firmware or do without the function"},
@@ -65,7 +65,7 @@ constexpr auto meanings = std::to_array<ErrorMeaning>({
 }  // namespace
 
 std::span<const ErrorMeaning> deviceMeanings() {
-    return meanings;
+    return deviceRows;
 }
 
 }  // namespace torvik::tool

@@ -11,7 +11,7 @@ constexpr std::string_view kept =
 constexpr std::string_view asForDevice = "check supply, cable and bit rate, then activate the device again";
 constexpr std::string_view freeResources = "close other programs or restart the process, then activate again";
 
-constexpr auto meanings = std::to_array<ErrorMeaning>({
+constexpr auto libraryRows = std::to_array<ErrorMeaning>({
     {0xE1, "the kind of an error could not be told", "read the error again after repeating the call"},
     {0xF1, kept, "choose the adapter with --adapter usb, pci, pccard or handle1"},
     {0xF2, "the bit rate asked for is none of those that the adapter can be opened with",
@@ -93,7 +93,7 @@ constexpr auto meanings = std::to_array<ErrorMeaning>({
 }  // namespace
 
 std::span<const ErrorMeaning> libraryMeanings() {
-    return meanings;
+    return libraryRows;
 }
 
 }  // namespace torvik::tool
