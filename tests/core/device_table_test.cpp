@@ -1,11 +1,13 @@
 #include "core/device_table.h"
 
 #include "core/set_assembly.h"
+#include "support/counted_filter.h"
 #include "support/record_test.h"
 
 namespace torvik {
 namespace {
 
+using test::CountedFilter;
 using test::RecordTest;
 
 class Routing : public RecordTest {};
@@ -93,15 +95,6 @@ TEST(DeviceNumber, IsTheLowEightBits) {
     EXPECT_EQ(deviceNumber(256 + 7), 7);
     EXPECT_EQ(deviceNumber(-1), 255);
 }
-
-class CountedFilter final : public FilterObject {
-  public:
-    explicit CountedFilter(int& destroyed) : destroyed_(destroyed) {}
-    ~CountedFilter() override { ++destroyed_; }
-
-  private:
-    int& destroyed_;
-};
 
 class Zeroing : public RecordTest {};
 

@@ -70,7 +70,7 @@ void FakeAdapter::failErrorText() {
 
 void FakeAdapter::onWrite(std::function<void(const PcanMessage&)> reaction) {
     const std::scoped_lock lock(mutex_);
-    script_.reaction = std::move(reaction);
+    reaction_ = std::move(reaction);
 }
 
 void FakeAdapter::queueFrame(std::uint32_t identifier, std::array<std::uint8_t, 8> data, PcanTimestamp timestamp) {
@@ -205,7 +205,7 @@ std::uint32_t FakeAdapter::write(const PcanMessage& message) {
         const std::scoped_lock lock(mutex_);
         if (script_.writeStatus != pcan::ok) return script_.writeStatus;
         recording_.written.push_back(message);
-        reaction = script_.reaction;
+        reaction = reaction_;
     }
     if (reaction) reaction(message);
     return pcan::ok;

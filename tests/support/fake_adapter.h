@@ -55,7 +55,7 @@ class FakeAdapter {
     void setErrorText(std::string text);
     void failErrorText();
 
-    // Runs `reaction` within every successful CAN_Write.
+    // Runs `reaction` within every successful CAN_Write; not forgotten until it is replaced.
     void onWrite(std::function<void(const PcanMessage&)> reaction);
 
     // What CAN_Read gives next, in this order; 0x20 (queue empty) after the last.
@@ -104,7 +104,6 @@ class FakeAdapter {
         std::uint32_t uninitializeStatus = 0;
         std::pair<std::uint8_t, std::uint32_t> setValueStatus{};
         std::optional<std::string> errorText = "";
-        std::function<void(const PcanMessage&)> reaction;
         std::deque<Reading> readings;
     };
 
@@ -122,6 +121,7 @@ class FakeAdapter {
     mutable std::mutex mutex_;
     Script script_;
     Recording recording_;
+    std::function<void(const PcanMessage&)> reaction_;
     std::condition_variable readsChanged_;
     bool readsHeld_ = false;
     std::uint32_t heldReads_ = 0;
