@@ -40,7 +40,8 @@ class IterationTimes {
     using Clock = std::chrono::steady_clock;
     static constexpr const char* median = "median";
 
-    explicit IterationTimes(benchmark::State& state) : state_(state) {}
+    // `counter` is the one that the median is reported in.
+    explicit IterationTimes(benchmark::State& state, const char* counter = median) : state_(state), counter_(counter) {}
     ~IterationTimes();
     IterationTimes(const IterationTimes&) = delete;
     IterationTimes& operator=(const IterationTimes&) = delete;
@@ -52,6 +53,7 @@ class IterationTimes {
 
   private:
     benchmark::State& state_;
+    const char* counter_;
     std::vector<double> seconds_;
     Clock::time_point start_;
 };

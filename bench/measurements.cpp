@@ -10,7 +10,7 @@ IterationTimes::~IterationTimes() {
     if (seconds_.empty()) return;
     const auto middle = seconds_.begin() + static_cast<std::ptrdiff_t>(seconds_.size() / 2);
     std::ranges::nth_element(seconds_, middle);
-    state_.counters[median] = *middle;
+    state_.counters[counter_] = *middle;
 }
 
 void IterationTimes::stop(Clock::time_point end) {
@@ -31,7 +31,8 @@ void Measurements::ReportRuns(const std::vector<Run>& runs) {
         if (run.error_occurred) {
             errors_[name] = run.error_message;
         } else {
-            rounds_.back()[name] = run.counters.at(IterationTimes::median).value;
+            for (const auto& [counter, value] : run.counters)
+                rounds_.back()[counter == IterationTimes::median ? name : counter] = value;
         }
     }
 }

@@ -1,6 +1,5 @@
 // A command and its answer, which comes 230 microseconds after the write; and what handing over to a thread costs.
 #include <array>
-#include <thread>
 
 #include "answering_thread.h"
 #include "api/TORVIK.h"
@@ -8,27 +7,29 @@
 #include "core/device_table.h"
 #include "core/transaction.h"
 #include "core/wire.h"
-#include "platform/sync.h"
 #include "platform/thread.h"
 
 namespace torvik::bench {
 
 namespace {
 
-constexpr int trips = 50;
-constexpr int handOffs = 50;
+constexpr int trips = 60;
 constexpr std::uint8_t deviceNo = 0;
 
+// Commands and hand-offs by turns: what waking a thread costs changes with the load of the machine.
 void roundTrip(benchmark::State& state) {
-    const AnsweringThread amplifier(deviceNo, answerDelay);
+    AnsweringThread amplifier(deviceNo, answerDelay);
     std::uint32_t expected = 0;
     IterationTimes times(state);
+    IterationTimes handOffs(state, name::handOff);
     for ([[maybe_unused]] auto _ : state) {
         std::uint32_t ident = 0;
         times.start();
         const std::int32_t result = TORVIKgetInterfaceIdent(deviceNo, 0, &ident);
         times.stop();
         if (result != 0 || ident != ++expected) return state.SkipWithError("wrong answer");
+        handOffs.start(amplifier.awaitHandOff());
+        handOffs.stop();
     }
 }
 
@@ -61,58 +62,9 @@ void roundTripPolled(benchmark::State& state) {
     }
 }
 
-// Two threads that hand a ball to each other, with the library's own mutex and condition. Each keeps it for as long as
-// the answer takes: the other one waits as long as the threads of the library do.
-class PingPong {
-  public:
-    // Waits until it is the caller's turn. Result: when the other side handed over.
-    IterationTimes::Clock::time_point await(bool side) {
-        platform::LockGuard lock(mutex_);
-        while (turn_ != side)
-            turned_.waitFor(mutex_, std::chrono::seconds(1));
-        return handedOver_;
-    }
-
-    void keepAndHandOver(bool side) {
-        const auto until = IterationTimes::Clock::now() + answerDelay;
-        while (IterationTimes::Clock::now() < until) {
-        }
-        const IterationTimes::Clock::time_point now = IterationTimes::Clock::now();
-        {
-            platform::LockGuard lock(mutex_);
-            turn_ = !side;
-            handedOver_ = now;
-        }
-        turned_.notifyOne();
-    }
-
-  private:
-    platform::Mutex mutex_;
-    platform::Condition turned_;
-    bool turn_ GUARDED_BY(mutex_) = false;
-    IterationTimes::Clock::time_point handedOver_ GUARDED_BY(mutex_);
-};
-
-void handOff(benchmark::State& state) {
-    PingPong game;
-    std::jthread partner([&game, exchanges = state.max_iterations] {
-        for (benchmark::IterationCount i = 0; i < exchanges; ++i) {
-            game.await(true);
-            game.keepAndHandOver(true);
-        }
-    });
-    IterationTimes times(state);
-    for ([[maybe_unused]] auto _ : state) {
-        game.keepAndHandOver(false);
-        times.start(game.await(false));
-        times.stop();
-    }
-}
-
 }  // namespace
 
 void registerRoundTrip() {
-    registerManual(name::handOff, handOff, handOffs);
     registerManual(name::roundTrip, roundTrip, trips);
     registerManual(name::roundTripPolled, roundTripPolled, trips);
 }

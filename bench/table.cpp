@@ -41,7 +41,7 @@ const Row rows[] = {
      true,
      30},
     {"command, answer after 230 us: time beyond 230 us to thread hand-off",
-     {name::roundTrip, name::handOff},
+     {name::roundTrip},
      handOffsBeyondDelay,
      false,
      2.5},
