@@ -26,6 +26,9 @@ constexpr std::uint32_t protocolKind16Flag = 0x10;
 constexpr std::uint32_t protocolKind32Flag = 0x20;
 constexpr std::uint32_t standardIdentifierLimit = 2048;
 
+// Generous: nobody can tell when a busy machine lets a thread run its last few instructions.
+constexpr std::chrono::milliseconds returnTime(100);
+
 struct BaudRate {
     std::uint32_t bitsPerSecond;
     std::uint16_t code;
@@ -197,7 +200,7 @@ void shutDown() {
         releaseAdapter(false);
     }
     // A call that is no longer counted still has to return from the library's code, which is unmapped next.
-    if (anyoneInside) platform::sleepFor(std::chrono::milliseconds(20));
+    if (anyoneInside) platform::sleepFor(returnTime);
     for (DeviceRecord& record : deviceTable())
         endExclusion(record);
     libraryGate.open();

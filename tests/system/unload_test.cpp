@@ -21,6 +21,8 @@ using torvik::test::LoadedLibrary;
 constexpr const char* library = TORVIK_LIBRARY;
 
 using ActivateStd = std::int32_t(std::int32_t, std::uint32_t*);
+using ActivateExtended = std::int32_t(std::int32_t, std::uint8_t, std::uint32_t, std::uint32_t, std::uint32_t*,
+                                      std::uint32_t, std::uint32_t, std::uint32_t);
 using Received = std::int32_t(std::int32_t, std::uint32_t, std::int32_t*);
 using GetIdent = std::int32_t(std::int32_t, std::uint8_t, std::uint32_t*);
 using GetVersion = std::int32_t(std::uint32_t*);
@@ -70,16 +72,22 @@ TEST(Unload, StreamingLibraryLeavesTheProcessWithoutRelease) {
     }
 }
 
-// Lets `calls` run, each in a thread of its own, until they wait for an answer that does not come, and unloads the
-// library. Result: what the calls return.
-std::vector<std::int32_t> unloadDuring(const std::vector<std::function<std::int32_t(const LoadedLibrary&)>>& calls) {
+// Lets `calls` run, each in a thread of its own, until they have written so many commands, the last of which are not
+// answered, and unloads the library. Result: what the calls return.
+std::vector<std::int32_t> unloadDuring(const std::vector<std::function<std::int32_t(const LoadedLibrary&)>>& calls,
+                                       std::uint64_t commands) {
     std::vector<std::future<std::int32_t>> results;
     {
         const LoadedLibrary loaded(library);
         EXPECT_TRUE(loaded.loaded());
         for (const auto& call : calls)
             results.push_back(std::async(std::launch::async, [&call, &loaded] { return call(loaded); }));
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        VirtualCounters counters{};
+        for (int i = 0; i < 5000 && counters.framesWritten < commands; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            virtualGetCounters(&counters);
+        }
+        EXPECT_EQ(counters.framesWritten, commands);
     }
     EXPECT_FALSE(LoadedLibrary::present(library));
     std::vector<std::int32_t> values;
@@ -91,34 +99,37 @@ std::vector<std::int32_t> unloadDuring(const std::vector<std::function<std::int3
 template <std::int32_t deviceNo>
 std::int32_t activate(const LoadedLibrary& loaded) {
     std::uint32_t channels = 0;
-    return loaded.function<ActivateStd>("TORVIKactivateStd")(deviceNo, &channels);
+    return loaded.function<ActivateExtended>("TORVIKactivateExtended")(
+        deviceNo, 1, 1000000, 100, &channels, 0x100 + 3 * deviceNo, 0x101 + 3 * deviceNo, 0x10);
 }
 
 std::int32_t askIdent(const LoadedLibrary& loaded) {
     std::uint32_t ident = 0;
-    if (const std::int32_t result = activate<1>(loaded); result != 0) return result - 100;
+    std::uint32_t channels = 0;
+    if (const std::int32_t result = loaded.function<ActivateStd>("TORVIKactivateStd")(1, &channels); result != 0)
+        return result - 100;
     return loaded.function<GetIdent>("TORVIKgetInterfaceIdent")(1, 0, &ident);
 }
 
 TEST(Unload, CallThatWaitsForItsAnswerFailsAndLeaves) {
-    for (int cycle = 0; cycle < cycles() / 20; ++cycle) {
+    for (int cycle = 0; cycle < cycles() / 50; ++cycle) {
         ASSERT_EQ(virtualReset(), 0);
         virtualAnswerRule(0, 0x01, VIRTUAL_ANSWER_DROP, VIRTUAL_FOR_EVER, 0, nullptr);
-        EXPECT_THAT(unloadDuring({askIdent}), testing::ElementsAre(-1)) << "cycle " << cycle;
+        EXPECT_THAT(unloadDuring({askIdent}, 5), testing::ElementsAre(-1)) << "cycle " << cycle;
     }
 }
 
 TEST(Unload, ActivationsThatWaitForTheirDevicesFailAndLeave) {
-    for (int cycle = 0; cycle < cycles() / 20; ++cycle) {
+    for (int cycle = 0; cycle < cycles() / 50; ++cycle) {
         ASSERT_EQ(virtualReset(), 0);
-        virtualAnswerRule(0, VIRTUAL_ANY_COMMAND, VIRTUAL_ANSWER_DROP, VIRTUAL_FOR_EVER, 0, nullptr);
-        EXPECT_THAT(unloadDuring({activate<1>, activate<2>, activate<3>}), testing::ElementsAre(-1, -1, -1))
+        ASSERT_EQ(virtualConfigure(""), 0) << virtualMessage();
+        EXPECT_THAT(unloadDuring({activate<1>, activate<2>, activate<3>}, 3), testing::ElementsAre(-1, -1, -1))
             << "cycle " << cycle;
     }
 }
 
 TEST(Unload, ProcessThatStreamsEndsWithItsOwnExitCode) {
-    constexpr int runs = 100;
+    constexpr int runs = TORVIK_EXIT_RUNS;
     for (int run = 0; run < runs; ++run) {
         // Once from main, once from exit() while a call is inside the library.
         const std::string how = run % 2 == 0 ? "return" : "exit";
