@@ -89,6 +89,8 @@ PassResult drainPass(std::uint32_t thread) {
         PcanTimestamp timestamp;
         const std::uint32_t status = pcanRead(libraryState.channelHandle, message, timestamp);
         if (status == pcan::queueEmpty) break;
+        // Given up while it was reading: what it has read belongs to nobody any more.
+        if (thread != currentThread.load(std::memory_order_relaxed)) break;
         if (status != pcan::ok) {
             result.code = reportFault(status, *lastReceiver);
             break;

@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
 #include "can/adapter_event.h"
+#include "can/receive_thread.h"
 #include "support/adapter_test.h"
 #include "support/test_clock.h"
 
@@ -155,10 +157,6 @@ class StuckReceiveThread : public AdapterClosing {
         adapter.holdReads();
         ASSERT_EQ(open(), 0);
         ASSERT_TRUE(adapter.untilReadIsHeld());
-        runWithTimeouts(clock, [] {
-            close();
-            return true;
-        });
     }
 
     void TearDown() override {
@@ -166,10 +164,30 @@ class StuckReceiveThread : public AdapterClosing {
         AdapterClosing::TearDown();
     }
 
+    // As the closing gives it up, but without the long wait before.
+    void giveUp() {
+        runWithTimeouts(clock, [] {
+            const platform::LockGuard lock(lifecycleMutex);
+            stopReceiveThread(std::chrono::milliseconds(1));
+            return true;
+        });
+        close();
+    }
+
+    // Long enough for the thread to do what it must not do.
+    void letItGo() {
+        adapter.releaseReads();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+
     TestClock clock;
 };
 
-TEST_F(StuckReceiveThread, IsGivenUpAndTheChannelClosed) {
+TEST_F(StuckReceiveThread, IsGivenUpAfterTenSecondsAndTheChannelClosed) {
+    runWithTimeouts(clock, [] {
+        close();
+        return true;
+    });
     EXPECT_LE(clock.elapsed(), std::chrono::seconds(10));
     EXPECT_FALSE(threadExists());
     EXPECT_FALSE(libraryState.adapterOpen);
@@ -177,9 +195,26 @@ TEST_F(StuckReceiveThread, IsGivenUpAndTheChannelClosed) {
 }
 
 TEST_F(StuckReceiveThread, LeavesTheChannelToTheThreadOfTheNextOpening) {
+    giveUp();
     ASSERT_EQ(open(), 0);
     adapter.releaseReads();
     EXPECT_TRUE(frameArrives());
+}
+
+TEST_F(StuckReceiveThread, DoesNotRouteAFrameThatItReadsAfterwards) {
+    giveUp();
+    ASSERT_EQ(answerMutex.create(), 0U);
+    const DeviceRecord& record = activate(deviceNo);
+    adapter.queueFrame(0x101, {0x40});
+    letItGo();
+    EXPECT_EQ(record.answerCount, 0U);
+}
+
+TEST_F(StuckReceiveThread, DoesNotReportAFaultThatItReadsAfterwards) {
+    giveUp();
+    adapter.queueStatus(0x80);
+    letItGo();
+    EXPECT_EQ(lastErrorOf(0), 0U);
 }
 
 }  // namespace
