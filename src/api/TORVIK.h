@@ -287,6 +287,785 @@ int32_t TORVIKclearDeviceBuf(int32_t deviceNo);
  */
 int32_t TORVIKclearMaximumValue(int32_t deviceNo, uint32_t channel);
 
+/* Identity, mode and device settings */
+
+/*
+ * Checks in this section and the two that follow: device number, active device, arguments.
+ */
+
+/*
+ * Reads the serial number.
+ *   deviceNo  in   device number 1..39
+ *   serial    out  the number; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or serial is null
+ *             0x30000113  device not active
+ *   sends     0x1F
+ */
+int32_t TORVIKgetSerialNo(int32_t deviceNo, uint32_t* serial);
+
+/*
+ * Writes the serial number.
+ *   deviceNo  in   device number 1..39
+ *   serial    in   any number but 0
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or serial is 0
+ *             0x30000113  device not active
+ *   sends     0x20 with serial as 4 bytes
+ */
+int32_t TORVIKsetSerialNo(int32_t deviceNo, int32_t serial);
+
+/*
+ * Reads one of the transmit modes.
+ *   deviceNo  in   device number 1..39
+ *   index     in   number of the mode, any value
+ *   mode      out  0..65535; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or mode is null
+ *             0x30000113  device not active
+ *   sends     0x80 with the byte index
+ */
+int32_t TORVIKgetTXmode(int32_t deviceNo, uint8_t index, uint32_t* mode);
+
+/*
+ * Writes one of the transmit modes.
+ *   deviceNo  in   device number 1..39
+ *   index     in   0 or 1
+ *   mode      in   its low 16 bits are sent
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or index above 1
+ *             0x30000113  device not active
+ *   sends     0x81 with the byte index and mode as 2 bytes
+ */
+int32_t TORVIKsetTXmode(int32_t deviceNo, uint32_t index, int32_t mode);
+
+/*
+ * Reads the mode word.
+ *   deviceNo  in   device number 1..39
+ *   mode      out  the word; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or mode is null
+ *             0x30000113  device not active
+ *             0x30000105  the device refused; its own status is replaced
+ *   sends     0x26
+ */
+int32_t TORVIKgetMode(int32_t deviceNo, uint32_t* mode);
+
+/*
+ * Writes the mode word and restarts the device.
+ *   deviceNo  in   device number 1..39
+ *   mode      in   the word
+ *   result    0; 229: the device was restarted, but the library's value buffers could not be cleared; -1
+ *   errors    0x30000100  device number above 39
+ *             0x30000113  device not active
+ *             0x30000062  stored although the result is 0: the setting was made, but firmware below 0x00030009 knows
+ *                         no restart
+ *   sends     0x27 with mode as 4 bytes, then the restart of TORVIKresetDevice
+ */
+int32_t TORVIKsetMode(int32_t deviceNo, int32_t mode);
+
+/*
+ * Reads the firmware version.
+ *   deviceNo  in   device number 0..39; whether it is active is not checked: an inactive one does not answer
+ *   version   out  e.g. 0x00040000; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  version is null
+ *             48          device number above 39
+ *   sends     0x2B
+ */
+int32_t TORVIKgetFirmwareVersion(int32_t deviceNo, uint32_t* version);
+
+/*
+ * Reads the hardware version.
+ *   deviceNo  in   device number 1..39
+ *   version   out  the version; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or version is null
+ *             0x30000113  device not active
+ *   sends     0x36
+ */
+int32_t TORVIKgetHardwareVersion(int32_t deviceNo, uint32_t* version);
+
+/*
+ * Reads the software configuration.
+ *   deviceNo  in   device number 1..39
+ *   config    out  the word; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or config is null
+ *             0x30000113  device not active
+ *   sends     0x2A
+ */
+int32_t TORVIKgetSoftwareConfiguration(int32_t deviceNo, uint32_t* config);
+
+/*
+ * Asks whether the device knows a command.
+ *   deviceNo  in   device number 1..39
+ *   query     in   2 bytes, passed on in their order; null is refused
+ *   result    0: the device accepts the query; -1, with its status as the last error when it does not
+ *   errors    0x30000100  device number above 39, or query is null
+ *             0x30000113  device not active
+ *   sends     0x93 with the two bytes
+ */
+int32_t TORVIKgetCommandAvailable(int32_t deviceNo, uint8_t* query);
+
+/*
+ * Switches the blocking of settings.
+ *   deviceNo  in   device number 1..39
+ *   value     in   4 bytes, a little-endian number; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or value is null
+ *             0x30000113  device not active
+ *   sends     0x92 with the four bytes, the last one first
+ */
+int32_t TORVIKswitchBlocking(int32_t deviceNo, uint8_t* value);
+
+/*
+ * Loads a stored set of settings and restarts the device. Set 1 is stored as set 0 as well, 300 ms after it was
+ * loaded.
+ *   deviceNo  in   device number 1..39
+ *   set       in   number of the set; its low 8 bits are sent
+ *   result    0; 229: the device was restarted, but the library's value buffers could not be cleared; -1
+ *   errors    none        device number above 39, or device not active: -1 without a code
+ *             0x30000062  stored although the result is 0: the setting was made, but firmware below 0x00030009 knows
+ *                         no restart
+ *   sends     0x09 with the byte set; for set 1 then 0x0A with the byte 0, then the restart of TORVIKresetDevice
+ */
+int32_t TORVIKloadSettings(int32_t deviceNo, uint32_t set);
+
+/*
+ * Stores the present settings.
+ *   deviceNo  in   device number 1..39
+ *   set       in   number of the set
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39
+ *             0x30000113  device not active
+ *   sends     0x0A with the byte set
+ */
+int32_t TORVIKstoreSettings(int32_t deviceNo, uint8_t set);
+
+/*
+ * Restarts the device: waits 700 ms for it, clears the library's value buffers and brings the value stream back to
+ * what it was (a failure of that is not reported).
+ *   deviceNo  in   device number 1..39
+ *   result    0; 229: the value buffers could not be cleared; -1
+ *   errors    0x30000100  device number above 39
+ *             0x30000113  device not active
+ *             0x30000062  firmware below 0x00030009
+ *   sends     0x78, no answer awaited; then 0x24, or 0x23 when the stream was stopped
+ */
+int32_t TORVIKresetDevice(int32_t deviceNo);
+
+/*
+ * Reads one of the operating-hours counters.
+ *   deviceNo  in   device number 1..39
+ *   index     in   number of the counter, any value
+ *   hours     out  hours; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or hours is null
+ *             0x30000113  device not active
+ *   sends     0x56 with the byte index
+ */
+int32_t TORVIKreadDeviceHours(int32_t deviceNo, uint8_t index, double* hours);
+
+/*
+ * Writes the operating-hours counter that the device lets be written.
+ *   deviceNo  in   device number 1..39
+ *   hours     in   hours, sent as a float
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39
+ *             0x30000113  device not active
+ *   sends     0x57 with the float
+ */
+int32_t TORVIKwriteDeviceHours(int32_t deviceNo, double hours);
+
+/*
+ * Reads which channels have an active sensor memory (TEDS).
+ *   deviceNo  in   device number 1..39
+ *   bit       in   0: the whole word; 1..32: that bit of it, 1 the lowest; above 32 it begins anew with bit 1
+ *   result    out  the word, or 0 or 1; null is refused
+ *   result    0 or -1; 0 also when result is null, and then nothing is sent
+ *   errors    0x30000100  device number above 39, or result is null
+ *             0x30000113  device not active
+ *   sends     0x68
+ */
+int32_t TORVIKgetTEDSactive(int32_t deviceNo, uint32_t bit, uint32_t* result);
+
+/*
+ * Reads the sensor memory (TEDS). The word address begins at offset / 4 and goes up by 4 from word to word. What
+ * was read before a failure stays in the buffer.
+ *   deviceNo  in   device number 1..39
+ *   selector  in   of the memory; its low 8 bits are sent
+ *   buffer    out  length bytes; null is refused
+ *   length    in   1 and more
+ *   offset    in   0..0x7FFFFFFC, a multiple of 4
+ *   result    0 or -1
+ *   errors    0x30000100  buffer is null, length below 1, or a wrong offset (checked first); device number above 39
+ *             0x30000113  device not active
+ *   sends     0x65 with the byte selector and the address as 2 bytes, once for each 4 bytes begun
+ */
+int32_t TORVIKreadTEDSrawData(int32_t deviceNo, uint32_t selector, uint8_t* buffer, int32_t length, uint32_t offset);
+
+/* Zero, scaling, offsets and analogue output */
+
+/*
+ * Makes the present value the zero signal.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or channel above 8
+ *             0x30000113  device not active
+ *   sends     0x0C with the byte channel
+ */
+int32_t TORVIKsetZero(int32_t deviceNo, uint32_t channel);
+
+/*
+ * Writes the zero signal.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   zero      in   raw counts
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or channel above 8
+ *             0x30000113  device not active
+ *   sends     0x03 with the byte channel and zero as 4 bytes
+ */
+int32_t TORVIKwriteZero(int32_t deviceNo, uint32_t channel, int32_t zero);
+
+/*
+ * Reads the zero signal.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8
+ *   zero      out  raw counts, to be taken as a signed number; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, channel outside 1..8, or zero is null
+ *             0x30000113  device not active
+ *   sends     0x02 with the byte channel
+ */
+int32_t TORVIKreadZero(int32_t deviceNo, uint32_t channel, uint32_t* zero);
+
+/*
+ * Reads the offset of the analogue output.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8
+ *   offset    out  in the unit of the output; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, channel outside 1..8, or offset is null
+ *             0x30000113  device not active
+ *   sends     0x04 with the byte channel
+ */
+int32_t TORVIKreadAoutOffset(int32_t deviceNo, uint32_t channel, double* offset);
+
+/*
+ * Writes the offset of the analogue output and restarts the device.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   offset    in   in the unit of the output, sent as a float
+ *   result    0; 229: the device was restarted, but the library's value buffers could not be cleared; -1
+ *   errors    0x30000100  device number above 39, or channel above 8
+ *             0x30000113  device not active
+ *             0x30000062  stored although the result is 0: the setting was made, but firmware below 0x00030009 knows
+ *                         no restart
+ *   sends     0x05 with the byte channel and the float, then the restart of TORVIKresetDevice
+ */
+int32_t TORVIKwriteAoutOffset(int32_t deviceNo, uint32_t channel, double offset);
+
+/*
+ * Reads the scale of the analogue output.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8
+ *   scale     out  factor; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, channel outside 1..8, or scale is null
+ *             0x30000113  device not active
+ *   sends     0x06 with the byte channel
+ */
+int32_t TORVIKreadAoutScale(int32_t deviceNo, uint32_t channel, double* scale);
+
+/*
+ * Writes the scale of the analogue output.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   scale     in   factor, sent as a float
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or channel above 8
+ *             0x30000113  device not active
+ *   sends     0x07 with the byte channel and the float
+ */
+int32_t TORVIKwriteAoutScale(int32_t deviceNo, uint32_t channel, double scale);
+
+/*
+ * Puts a value on the analogue output directly.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   value     in   its low 16 bits are sent
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or channel above 8
+ *             0x30000113  device not active
+ *   sends     0x08 with the byte channel and value as 2 bytes
+ */
+int32_t TORVIKwriteAoutDirect(int32_t deviceNo, uint32_t channel, int32_t value);
+
+/*
+ * Reads the type of the analogue output. The two bytes come exchanged compared with the order in which
+ * TORVIKsetAoutType sends them.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8
+ *   typeA     out  second byte of the answer; null is refused
+ *   typeB     out  first byte of the answer; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, channel outside 1..8, or a null pointer
+ *             0x30000113  device not active
+ *   sends     0x0D with the byte channel
+ */
+int32_t TORVIKgetAoutType(int32_t deviceNo, uint32_t channel, uint8_t* typeA, uint8_t* typeB);
+
+/*
+ * Writes the type of the analogue output and restarts the device.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   typeA     in   sent first
+ *   typeB     in   sent second
+ *   result    0; 229: the device was restarted, but the library's value buffers could not be cleared; -1
+ *   errors    0x30000100  device number above 39, or channel above 8
+ *             0x30000113  device not active
+ *             0x30000062  stored although the result is 0: the setting was made, but firmware below 0x00030009 knows
+ *                         no restart
+ *   sends     0x0E with the bytes channel, typeA, typeB, then the restart of TORVIKresetDevice
+ */
+int32_t TORVIKsetAoutType(int32_t deviceNo, uint32_t channel, uint8_t typeA, uint8_t typeB);
+
+/*
+ * Reads the user offset.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8
+ *   offset    out  in the unit of the channel; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, channel outside 1..8, or offset is null
+ *             0x30000113  device not active
+ *   sends     0x9A with the byte channel
+ */
+int32_t TORVIKreadUserOffset(int32_t deviceNo, uint32_t channel, double* offset);
+
+/*
+ * Writes the user offset.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   offset    in   in the unit of the channel, sent as a float
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or channel above 8
+ *             0x30000113  device not active
+ *   sends     0x9B with the byte channel and the float
+ */
+int32_t TORVIKwriteUserOffset(int32_t deviceNo, uint32_t channel, double offset);
+
+/*
+ * Reads the user scale.
+ *   deviceNo  in   device number 1..39; whether it is active is not checked: an inactive one does not answer
+ *   channel   in   1..8
+ *   scale     out  factor; null is refused
+ *   result    0 or -1; a refusal of its arguments gives 0
+ *   errors    0x30000100  channel outside 1..8, or scale is null; the result is 0
+ *             none        device number above 39; the result is 0
+ *   sends     0x14 with the byte channel
+ */
+int32_t TORVIKreadUserScale(int32_t deviceNo, int32_t channel, double* scale);
+
+/*
+ * Writes the user scale.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   scale     in   factor, sent as a float
+ *   result    0 or -1; 0 also when channel is above 8
+ *   errors    0x30000100  device number above 39; channel above 8, and then the result is 0
+ *             0x30000113  device not active
+ *   sends     0x15 with the byte channel and the float
+ */
+int32_t TORVIKwriteUserScale(int32_t deviceNo, uint32_t channel, double scale);
+
+/*
+ * Reads the threshold below which values count as zero.
+ *   deviceNo   in   device number 1..39
+ *   channel    in   1..8
+ *   threshold  out  in the unit of the channel; null is refused
+ *   result     0 or -1
+ *   errors     0x30000100  device number above 39, channel outside 1..8, or threshold is null
+ *              0x30000113  device not active
+ *   sends      0x94 with the byte channel
+ */
+int32_t TORVIKgetNoiseCutThreshold(int32_t deviceNo, uint32_t channel, double* threshold);
+
+/*
+ * Writes the threshold below which values count as zero.
+ *   deviceNo   in   device number 1..39
+ *   channel    in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   threshold  in   in the unit of the channel, sent as a float
+ *   result     0 or -1
+ *   errors     0x30000100  device number above 39, or channel above 8
+ *              0x30000113  device not active
+ *   sends      0x95 with the byte channel and the float
+ */
+int32_t TORVIKsetNoiseCutThreshold(int32_t deviceNo, uint32_t channel, double threshold);
+
+/*
+ * Reads the stored maximum or minimum value.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8
+ *   value     out  the value; null is refused
+ *   second    out  always 0.0; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, channel outside 1..8, or a null pointer
+ *             0x30000113  device not active
+ *             0x30000105  the second answer did not come
+ *   sends     0x53 with the byte channel; two answers
+ */
+int32_t TORVIKreadMaxMinVal(int32_t deviceNo, uint32_t channel, double* value, double* second);
+
+/* Input types, ranges, sensitivity and calibration values */
+
+/*
+ * Reads a channel's present input type and measuring range. Channel 0 reads the first entry of channel 1 from
+ * firmware 0x0003002F on.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   0..8
+ *   type      out  number of the type; null is refused
+ *   range     out  in the unit of the type (mV/V, V, ...); null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, channel above 8, or a null pointer
+ *             0x30000113  device not active
+ *   sends     0xA2 with the bytes channel, 0; for channel 0 of firmware 0x0003002F and later with the bytes 1, 1
+ */
+int32_t TORVIKgetInTypeRange(int32_t deviceNo, uint32_t channel, uint32_t* type, double* range);
+
+/*
+ * Reads all input types and ranges that a channel offers. The device ends its list with an error status, which
+ * stays as the last error although the result is 0.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8
+ *   count     out  number of entries, 1..10; null: not written
+ *   types     out  array of 10 numbers; null: not written
+ *   ranges    out  array of 10 ranges; null: not written
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or channel outside 1..8
+ *             0x30000113  device not active
+ *   sends     0xA2 with the bytes channel, 1, then channel, 2 and so on: up to 10, with protocol kind 16 and firmware
+ *             below 0x0003002F only 1
+ */
+int32_t TORVIKgetAllInTypesRanges(int32_t deviceNo, uint32_t channel, uint32_t* count, uint32_t* types, double* ranges);
+
+/*
+ * Selects the input type and restarts the device.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8; 0: every active channel, and then only the last acknowledgement counts
+ *   type      in   number of the type
+ *   result    0; 229: the device was restarted, but the library's value buffers could not be cleared; -1
+ *   errors    0x30000100  device number above 39, or channel above 8
+ *             0x30000113  device not active
+ *             0x30000062  firmware below 0x0003002F
+ *   sends     0xA3 with the bytes channel, type (for channel 0 once for each active channel), then the restart of
+ *             TORVIKresetDevice
+ */
+int32_t TORVIKsetInType(int32_t deviceNo, uint32_t channel, uint8_t type);
+
+/*
+ * Writes a measuring range and restarts the device. The factor of a thousand that reading applies to type 3 is not
+ * applied.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   entry     in   0..5; 0 the present one
+ *   range     in   0..21474836.47, rounded to hundredths
+ *   result    0; 229: the device was restarted, but the library's value buffers could not be cleared; -1
+ *   errors    0x30000100  device number above 39, channel above 8, entry above 5, or range negative, too large or not
+ *                         a number
+ *             0x30000113  device not active
+ *             0x30000062  stored although the result is 0: the setting was made, but firmware below 0x00030009 knows
+ *                         no restart
+ *   sends     0x34 with the bytes channel, entry and range x 100 as 4 bytes, then the restart of TORVIKresetDevice
+ */
+int32_t TORVIKFABwriteInputRange(int32_t deviceNo, uint32_t channel, uint32_t entry, double range);
+
+/*
+ * Reads the input sensitivity: measuring range divided by the scale of the analogue output.
+ *   deviceNo     in   device number 1..39
+ *   channel      in   1..8
+ *   sensitivity  out  in the unit of the range; null: not written
+ *   result       the input type, 0..255, or -1
+ *   errors       0x30000100  channel outside 1..8 (checked first), or device number above 39
+ *                0x30000113  device not active
+ *                0x30000065  range or scale is 0
+ *   sends        0xA2 with the bytes channel, 0; then 0x06 with the byte channel
+ */
+int32_t TORVIKreadInputSensitivity(int32_t deviceNo, uint32_t channel, double* sensitivity);
+
+/*
+ * Writes the input sensitivity: chooses the first of the channel's first four ranges that is at most twice as large
+ * (or the last), writes it, restarts the device and sets the scale of the analogue output to range / sensitivity.
+ *   deviceNo     in   device number 1..39
+ *   channel      in   1..8; 0: the list of channel 1 counts, and the device takes 0 as it likes
+ *   mode         in   0
+ *   sensitivity  in   above 0, at most the channel's first range
+ *   result       0 or -1
+ *   errors       0x30000100  mode negative or sensitivity not above 0 (checked first); device number above 39,
+ *                            channel above 8, or sensitivity above the first range
+ *                0x30000113  device not active
+ *                0x30000062  mode above 0; also stored although the result is 0: firmware below 0x00030009 knows no
+ *                            restart
+ *   sends        the list of TORVIKgetAllInTypesRanges, 0x34 with the bytes channel, 0 and range x 100 as 4 bytes,
+ *                the restart of TORVIKresetDevice, then 0x07 with the byte channel and the float
+ */
+int32_t TORVIKwriteInputSensitivity(int32_t deviceNo, uint32_t channel, int32_t mode, double sensitivity);
+
+/*
+ * Reads a factory calibration value. Some numbers carry no value: the device is asked and the result is 0, but
+ * value is not written.
+ *   deviceNo  in   device number 1..39
+ *   index     in   0..48
+ *   channel   in   0..7
+ *   value     out  the value; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  index outside 0..48, channel above 7, or value is null (checked first); device number above
+ *                         39
+ *             0x30000113  device not active
+ *   sends     0x17 with the bytes index, channel
+ */
+int32_t TORVIKreadCal(int32_t deviceNo, int32_t index, uint32_t channel, double* value);
+
+/*
+ * Writes a factory calibration value, as a float or truncated to a whole number as the index demands.
+ *   deviceNo  in   device number 1..39
+ *   index     in   0..48, but not those that carry no value
+ *   channel   in   0..7
+ *   value     in   whole numbers: -2147483648..2147483647
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, index without a value, channel above 7, or a value that is no
+ *                         32-bit number
+ *             0x30000113  device not active
+ *   sends     0x18 with the bytes index, channel and the value as 4 bytes
+ */
+int32_t TORVIKFABwriteCal(int32_t deviceNo, uint32_t index, uint32_t channel, double value);
+
+/* Units */
+
+/*
+ * Unit numbers: 0..46 stand for the texts of the unit table, 255 and 254 for the user texts 1 and 2 that the device
+ * keeps. unitTextMode: bits 0..7 the request, bits 8..23 the character set of the table: 1 ASCII, 437 code page
+ * 437, any other Windows-1252.
+ */
+
+/*
+ * Reads a channel's unit number.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..7
+ *   unitNo    out  0..255; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, channel outside 1..7, or unitNo is null
+ *             0x30000113  device not active
+ *   sends     0x0F with the byte channel
+ */
+int32_t TORVIKgetUnitNo(int32_t deviceNo, int32_t channel, uint32_t* unitNo);
+
+/*
+ * Sets a channel's unit number.
+ *   deviceNo  in   device number 1..39
+ *   channel   in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   unitNo    in   0..255
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, channel above 8, or unitNo above 255
+ *             0x30000113  device not active
+ *   sends     0x10 with the bytes channel, unitNo
+ */
+int32_t TORVIKsetUnitNo(int32_t deviceNo, uint32_t channel, uint32_t unitNo);
+
+/*
+ * Reads a channel's unit as text, or one of the user texts.
+ *   deviceNo      in   device number 1..39
+ *   channel       in   1..7; any for a user text
+ *   unitTextMode  in   request 0: the channel's unit; 1, 2: that user text
+ *   text          out  at least 10 bytes; up to 8 characters and a zero are written; null is refused
+ *   result        0 or -1
+ *   errors        0x30000100  device number above 39, text is null, unitTextMode negative or its request above 2, or
+ *                             channel outside 1..7
+ *                 0x30000113  device not active
+ *                 0x30000105  the channel's unit number has no text
+ *   sends         0x0F with the byte channel; for a user text 0x11 with the byte 0 or 1, which draws two answers
+ */
+int32_t TORVIKgetUnitText(int32_t deviceNo, uint32_t channel, int32_t unitTextMode, char* text);
+
+/*
+ * Sets a channel's unit by its text. When a user text is written, at most its first 7 characters arrive.
+ *   deviceNo      in   device number 1..39
+ *   channel       in   1..8, or 0, which the device takes as it likes (usually all channels)
+ *   unitTextMode  in   request 0: the unit of the table with this text, or user text 1 when there is none; 16: the
+ *                      unit of the table only; 1, 2 (or 17, 18): that user text
+ *   text          in   at most 10 characters and a zero; null is refused
+ *   result        0 or -1
+ *   errors        0x30000100  device number above 39, channel above 8, text null or too long, a wrong unitTextMode,
+ *                             or with request 16 no unit of the table
+ *                 0x30000113  device not active
+ *   sends         0x10 with the bytes channel, unit number; before it, for a user text, 0x12 twice with the bytes
+ *                 text 0 or 1, part 1 or 2 and 4 characters
+ */
+int32_t TORVIKsetUnitText(int32_t deviceNo, uint32_t channel, int32_t unitTextMode, const char* text);
+
+/* Data rate, frequency, counter modes and analogue filter */
+
+/*
+ * Reads the sampling frequency.
+ *   deviceNo  in   device number 1..39
+ *   freq      out  Hz; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or freq is null
+ *             0x30000113  device not active
+ *   sends     0x8A
+ */
+int32_t TORVIKgetFrequency(int32_t deviceNo, double* freq);
+
+/*
+ * Sets the sampling frequency and restarts the device.
+ *   deviceNo  in   device number 1..39
+ *   freq      in   Hz, sent as a float
+ *   result    0; 229: the device was restarted, but the library's value buffers could not be cleared; -1
+ *   errors    0x30000100  device number above 39
+ *             0x30000113  device not active
+ *             0x30000062  stored although the result is 0: the setting was made, but firmware below 0x00030009 knows
+ *                         no restart
+ *   sends     0x8B with the float, then the restart of TORVIKresetDevice
+ */
+int32_t TORVIKsetFrequency(int32_t deviceNo, double freq);
+
+/*
+ * Reads the smallest and the largest sampling frequency.
+ *   deviceNo  in   device number 1..39
+ *   min       out  Hz; null: not asked for
+ *   max       out  Hz; null: not asked for
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39
+ *             0x30000113  device not active
+ *   sends     0x63 with the byte 0 for min, then 0x63 with the byte 1 for max
+ */
+int32_t TORVIKgetDataRateRange(int32_t deviceNo, double* min, double* max);
+
+/*
+ * Reads a setting of a counter or frequency input.
+ *   deviceNo  in   device number 0..39; whether it is active is not checked: an inactive one does not answer
+ *   input     in   0..2; negative ones are passed on as they are
+ *   sub       in   0..15
+ *   value     out  the setting; null is refused
+ *   result    0 or -1
+ *   errors    none        device number above 39: -1 without a code
+ *             0x30000100  input above 2, sub above 15, or value is null
+ *   sends     0x69 with the byte input x 16 + sub
+ */
+int32_t TORVIKgetCounterFreqMode(int32_t deviceNo, int32_t input, uint32_t sub, uint32_t* value);
+
+/*
+ * Writes a setting of a counter or frequency input. The mode (sub 0) can change the number of channels, which is
+ * then asked for.
+ *   deviceNo  in   device number 1..39
+ *   input     in   0..2; negative ones are passed on as they are
+ *   sub       in   0..15
+ *   value     in   the setting
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, input above 2, or sub above 15
+ *             0x30000113  device not active
+ *   sends     0x6A with the byte input x 16 + sub and value as 4 bytes; for sub 0 then 0x49 with the byte 0
+ */
+int32_t TORVIKsetCounterFreqMode(int32_t deviceNo, int32_t input, uint32_t sub, uint32_t value);
+
+/*
+ * Reads the setting of the analogue input filter.
+ *   deviceNo  in   device number 1..39
+ *   setting   out  0..65535; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or setting is null
+ *             0x30000113  device not active
+ *   sends     0x90 with the byte 0
+ */
+int32_t TORVIKreadAnalogueFilter(int32_t deviceNo, uint32_t* setting);
+
+/*
+ * Writes the setting of the analogue input filter.
+ *   deviceNo  in   device number 1..39
+ *   setting   in   its low 16 bits are sent
+ *   result    0 or -1; 0 also for a wrong device number and a device that is not active
+ *   errors    0x30000100  device number above 39; the result is 0
+ *             0x30000113  device not active; the result is 0
+ *   sends     0x91 with setting as 2 bytes
+ */
+int32_t TORVIKwriteAnalogueFilter(int32_t deviceNo, int32_t setting);
+
+/* CAN settings, identifiers and transmit mapping */
+
+/*
+ * Reads a CAN setting.
+ *   deviceNo  in   device number 1..39
+ *   index     in   number of the setting, any value; 2: identifier of the value frames
+ *   value     out  the setting; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or value is null
+ *             0x30000113  device not active
+ *   sends     0x8C with the byte index
+ */
+int32_t TORVIKgetCANSettings(int32_t deviceNo, uint8_t index, uint32_t* value);
+
+/*
+ * Writes a CAN setting. The library goes on with the identifiers it knows until the device is activated again.
+ *   deviceNo  in   device number 1..39
+ *   index     in   number of the setting, any value
+ *   value     in   the setting
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39
+ *             0x30000113  device not active
+ *   sends     0x8D with the byte index and value as 4 bytes
+ */
+int32_t TORVIKsetCANSettings(int32_t deviceNo, uint8_t index, int32_t value);
+
+/*
+ * Sends the identifier-setting command.
+ *   deviceNo  in   device number 1..39
+ *   code      in   4 bytes, passed on in their order; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or code is null
+ *             0x30000113  device not active
+ *   sends     0x19 with the four bytes
+ */
+int32_t TORVIKsetID(int32_t deviceNo, uint8_t* code);
+
+/*
+ * Reads the state of the identifier setting.
+ *   deviceNo  in   device number 1..39
+ *   state     out  the device's own; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or state is null
+ *             0x30000113  device not active
+ *   sends     0x1A
+ */
+int32_t TORVIKgetIDState(int32_t deviceNo, uint8_t* state);
+
+/*
+ * Reads the transmit mapping. An entry does not come in the form in which it is written: its byte a stands in bits
+ * 16..23, the high half of its byte b in bits 8..11 and the low half in bits 0..3.
+ *   deviceNo  in   device number 1..39
+ *   index     in   0: number of channels in a set; 1..16: one entry
+ *   value     out  the number or the entry; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, index above 16, or value is null
+ *             0x30000113  device not active
+ *   sends     0x49 with the byte index
+ */
+int32_t TORVIKgetTXMapping(int32_t deviceNo, uint8_t index, uint32_t* value);
+
+/*
+ * Writes the transmit mapping. A number of channels up to 8 counts for the library at once; a higher one is left to
+ * the device.
+ *   deviceNo  in   device number 1..39
+ *   index     in   0: number of channels in a set; 1..16: one entry
+ *   value     in   its low 16 bits are sent; not 0 for index 0
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, index above 16, or index and value both 0
+ *             0x30000113  device not active
+ *   sends     0x4A with the byte index and value as 2 bytes
+ */
+int32_t TORVIKsetTXMapping(int32_t deviceNo, uint8_t index, int32_t value);
+
 #ifdef __cplusplus
 }
 #endif

@@ -34,6 +34,9 @@ class DeviceCall {
     bool argumentsValid(bool condition) const { return condition || refuse(error::parameterExceedance); }
     bool active() const { return record().active || refuse(error::notActive); }
 
+    // The order of the checks of the device parameters: the arguments come last.
+    bool activeAnd(bool condition) const { return numberValid() && active() && argumentsValid(condition); }
+
     // The usual order of the checks.
     bool ready(bool condition) const { return numberValid() && argumentsValid(condition) && active(); }
 

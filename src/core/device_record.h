@@ -83,6 +83,7 @@ struct DeviceRecord {
     platform::Mutex busyLock;
     platform::Condition busyFreed;
     platform::Condition answerArrived;
+    platform::Condition pauseCutShort;
     std::atomic<bool> busy = false;
     std::atomic<bool> keepLock = false;
 

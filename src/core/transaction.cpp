@@ -146,8 +146,18 @@ std::int32_t expectAck(std::uint8_t deviceNo) {
     return 0;
 }
 
+bool pauseCall(DeviceRecord& record, std::chrono::milliseconds duration) {
+    const platform::TimePoint deadline = platform::clock().now() + duration;
+    platform::LockGuard lock(record.busyLock);
+    while (!record.gate.closing()) {
+        if (!record.pauseCutShort.waitUntil(record.busyLock, deadline)) return true;
+    }
+    return false;
+}
+
 void wakeCalls(DeviceRecord& record) {
     { platform::LockGuard lock(record.busyLock); }
+    record.pauseCutShort.notifyAll();
     record.busyFreed.notifyAll();
     record.answerArrived.notifyAll();
 }

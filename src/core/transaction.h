@@ -29,6 +29,22 @@ std::int32_t expectAck(std::uint8_t deviceNo);
 // Clears keepLock and frees the busy lock, whoever holds it.
 void freeTransaction(DeviceRecord& record);
 
+// While it lives, the device stays reserved after an answer, for commands that draw several. To be made after the
+// command is sent; frees the busy lock at its end.
+class KeptTransaction {
+  public:
+    explicit KeptTransaction(DeviceRecord& record) : record_(record) { record_.keepLock = true; }
+    ~KeptTransaction() { freeTransaction(record_); }
+    KeptTransaction(const KeptTransaction&) = delete;
+    KeptTransaction& operator=(const KeptTransaction&) = delete;
+
+  private:
+    DeviceRecord& record_;
+};
+
+// Waits inside a record. False: the record is being released, and the wait was cut short.
+bool pauseCall(DeviceRecord& record, std::chrono::milliseconds duration);
+
 // Lets every call that waits inside the record look at its gate again.
 void wakeCalls(DeviceRecord& record);
 
