@@ -6,13 +6,47 @@
 #include "commands/command_table.hpp"
 
 namespace virtual_adapter {
+namespace {
 
-Amplifier::Amplifier(const AmplifierConfig& config) : config_(config), streaming_(config.streaming) {}
+constexpr Nanoseconds kMillisecond = 1'000'000;
 
-void Amplifier::setStreaming(bool on, Nanoseconds now) {
-    if (on == streaming_) return;
-    streaming_ = on;
+}  // namespace
+
+Amplifier::Amplifier(const AmplifierConfig& config)
+    : config_(config), identifiers_{config.commandId, config.answerId, config.valueId}, streaming_(config.streaming) {
+    memory_.serial = config.serial;
+}
+
+void Amplifier::loadSettings(std::uint8_t set, Nanoseconds now) {
+    settings_.load(set);
+    bringIntoForce(now);
+}
+
+void Amplifier::restart(Nanoseconds now) {
+    backOnBus_ = now + config_.resetTime * kMillisecond;
+    settings_.restart();
+    const auto& numbered = settings().can.numbered;
+    identifiers_ = {numbered[0], numbered[1], numbered[2]};
+    values_.setIdentifier(identifiers_.value);
+    values_.clearErrors();
+    for (std::size_t channel = 0; channel < kMostChannels; ++channel)
+        values_.clearExtremes(channel);
+    protocolErrors_.fill(0);
+    identifierSet_ = false;
+    bringIntoForce(now);
+    forgetUnsent();
     restartSchedule(now);
+}
+
+void Amplifier::bringIntoForce(Nanoseconds now) {
+    const Settings& present = settings();
+    values_.setChannels(present.can.channelCount());
+    for (std::size_t channel = 0; channel < kMostChannels; ++channel)
+        values_.setScaling(channel, present.scaling[channel]);
+    const bool samePace = present.mode.streaming() == streaming_ && present.rates.frequency == values_.frequency();
+    streaming_ = present.mode.streaming();
+    values_.setFrequency(present.rates.frequency);
+    if (!samePace) restartSchedule(now);
 }
 
 void Amplifier::requestSet(Nanoseconds now) {
@@ -51,10 +85,14 @@ Reply Amplifier::execute(const Frame& command, Nanoseconds now) {
 }
 
 void Amplifier::connect(Nanoseconds now) {
+    forgetUnsent();
+    restartSchedule(now);
+}
+
+void Amplifier::forgetUnsent() {
     answers_.clear();
     requestedSets_.clear();
     setSize_ = setPosition_ = 0;
-    restartSchedule(now);
 }
 
 void Amplifier::hold(bool on, Nanoseconds now) {
@@ -66,7 +104,7 @@ void Amplifier::hold(bool on, Nanoseconds now) {
 void Amplifier::queueAnswer(const Reply::Answer& answer, Nanoseconds ready) {
     const auto later = [](Nanoseconds time, const Pending& pending) { return time < pending.ready; };
     const auto place = std::upper_bound(answers_.begin(), answers_.end(), ready, later);
-    answers_.insert(place, Pending{ready, {config_.answerId, kStandardFrame, 8, answer}});
+    answers_.insert(place, Pending{ready, {identifiers_.answer, kStandardFrame, 8, answer}});
     updateHead();
 }
 
@@ -102,7 +140,7 @@ void Amplifier::beginSet(Nanoseconds begun) {
 
 void Amplifier::restartSchedule(Nanoseconds now) {
     if (streaming_ && !held_) {
-        schedule_.start(now, config_.frequency);
+        schedule_.start(std::max(now, backOnBus_), values_.frequency());
     } else {
         schedule_.stop();
     }

@@ -5,8 +5,10 @@
 #include <deque>
 
 #include "bench.hpp"
+#include "device_memory.hpp"
 #include "frame.hpp"
 #include "reply.hpp"
+#include "settings.hpp"
 #include "stream_schedule.hpp"
 #include "value_stream.hpp"
 
@@ -24,12 +26,30 @@ class Amplifier {
     [[nodiscard]] const AmplifierConfig& config() const { return config_; }
     [[nodiscard]] ValueStream& values() { return values_; }
     [[nodiscard]] const ValueStream& values() const { return values_; }
+    [[nodiscard]] DeviceMemory& memory() { return memory_; }
     using ProtocolErrors = std::array<std::uint32_t, 8>;
     [[nodiscard]] ProtocolErrors& protocolErrors() { return protocolErrors_; }
-    [[nodiscard]] bool streaming() const { return streaming_; }
-    void setStreaming(bool on, Nanoseconds now);
+    [[nodiscard]] bool identifierSet() const { return identifierSet_; }
+    void noteIdentifierSet() { identifierSet_ = true; }
+
+    // Settings act at once, but for the identifiers: those stay as they are until the next reset.
+    [[nodiscard]] const Settings& settings() const { return settings_.present(); }
+    template <class Change>
+    void changeSettings(Kept kept, Nanoseconds now, Change change) {
+        settings_.change(kept, change);
+        bringIntoForce(now);
+    }
+    void storeSettings(std::uint8_t set) { settings_.store(set); }
+    void loadSettings(std::uint8_t set, Nanoseconds now);
+    // Off the bus for a while; whatever was about to be sent is lost, and so are the settings that were not stored.
+    void restart(Nanoseconds now);
+
     void requestSet(Nanoseconds now);
     void dropRequestedSets();
+
+    // Whether commands reach it at all.
+    [[nodiscard]] bool onBus(Nanoseconds now) const { return now >= backOnBus_; }
+    [[nodiscard]] std::uint32_t commandId() const { return identifiers_.command; }
 
     // Whether a command is answered at all, be it with an error.
     [[nodiscard]] static bool answers(std::uint8_t command);
@@ -43,7 +63,7 @@ class Amplifier {
 
     // When its next frame is ready, and that frame's identifier.
     [[nodiscard]] Nanoseconds headTime() const { return headTime_; }
-    [[nodiscard]] std::uint32_t headId() const { return headIsAnswer() ? config_.answerId : config_.valueId; }
+    [[nodiscard]] std::uint32_t headId() const { return headIsAnswer() ? identifiers_.answer : identifiers_.value; }
 
     enum class Sent : std::uint8_t { nothing, answer, value };
     // Takes the frame whose turn it is; `begun` is when it gets the bus. Nothing: all frames of a set are left out.
@@ -56,6 +76,14 @@ class Amplifier {
         Frame frame;
     };
 
+    struct Identifiers {
+        std::uint32_t command;
+        std::uint32_t answer;
+        std::uint32_t value;
+    };
+
+    void bringIntoForce(Nanoseconds now);
+    void forgetUnsent();
     [[nodiscard]] Nanoseconds setTime() const;
     [[nodiscard]] Nanoseconds answerTime() const { return answers_.empty() ? kNever : answers_.front().ready; }
     [[nodiscard]] bool headIsAnswer() const { return !setBegun() && answerTime() <= setTime(); }
@@ -65,9 +93,14 @@ class Amplifier {
 
     AmplifierConfig config_;
     ValueStream values_{config_};
+    SettingsMemory settings_{factorySettings(config_)};
+    DeviceMemory memory_;
+    Identifiers identifiers_;
     ProtocolErrors protocolErrors_{};
+    bool identifierSet_ = false;
     bool streaming_;
     bool held_ = false;
+    Nanoseconds backOnBus_ = 0;
 
     std::deque<Pending> answers_;
     std::deque<Nanoseconds> requestedSets_;

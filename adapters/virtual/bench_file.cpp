@@ -111,6 +111,30 @@ class Table {
         }
     }
 
+    // The numbers of an array of arrays of just so many: at most `most` of them.
+    template <std::size_t Count>
+    [[nodiscard]] std::optional<std::vector<std::array<std::uint32_t, Count>>> rows(
+        std::string_view key, std::size_t most, const std::array<std::uint64_t, Count>& highest) const {
+        const toml::node* const node = table_.get(key);
+        if (node == nullptr) return std::nullopt;
+        const toml::array* const given = node->as_array();
+        if (given == nullptr || given->size() > most) {
+            throw BenchError(*node, quoted(key) + " is not an array of at most " + std::to_string(most));
+        }
+        std::vector<std::array<std::uint32_t, Count>> found;
+        for (const toml::node& element : *given) {
+            const toml::array* const row = element.as_array();
+            if (row == nullptr || row->size() != Count) {
+                throw BenchError(element,
+                                 quoted(key) + " does not consist of " + std::to_string(Count) + " numbers each");
+            }
+            auto& numbers = found.emplace_back();
+            for (std::size_t i = 0; i < Count; ++i)
+                numbers[i] = static_cast<std::uint32_t>(integerOf(*row->get(i), key, 0, highest[i]));
+        }
+        return found;
+    }
+
     // The tables of an array of tables: at most so many.
     [[nodiscard]] std::vector<const toml::table*> tables(std::string_view key, std::size_t most) const {
         std::vector<const toml::table*> found;
@@ -165,11 +189,21 @@ void readSignals(const Table& table, AmplifierConfig& amplifier) {
     std::ranges::transform(signals, amplifier.signals.begin(), [](const auto* signal) { return readSignal(*signal); });
 }
 
-// The copies of one description: identifiers and seeds go up from one to the next.
+void readRanges(const Table& table, AmplifierConfig& amplifier) {
+    const auto rows = table.rows<2>("ranges", kMostRanges, {0xFF, kLargestRange});
+    if (!rows) return;
+    amplifier.ranges.clear();
+    for (const auto& [type, hundredths] : *rows)
+        amplifier.ranges.push_back({static_cast<std::uint8_t>(type), hundredths});
+}
+
+// The copies of one description: identifiers, serial numbers and seeds go up from one to the next.
 void readAmplifier(const toml::table& source, std::vector<AmplifierConfig>& amplifiers) {
-    const Table table(source, {"command", "answer", "value", "channels", "firmware", "protocol", "mode",
-                               "interface_ident", "seed", "value_type", "unit", "streaming", "frequency",
-                               "answer_time_us", "copies", "identifier_step", "signal"});
+    const Table table(
+        source,
+        {"command",         "answer", "value",      "channels", "firmware",        "protocol",  "mode",
+         "interface_ident", "seed",   "value_type", "unit",     "streaming",       "frequency", "answer_time_us",
+         "reset_time_ms",   "serial", "ranges",     "copies",   "identifier_step", "signal"});
     AmplifierConfig amplifier;
     table.integer("command", amplifier.commandId, 0, kHighestStandardId);
     table.integer("answer", amplifier.answerId, 0, kHighestStandardId);
@@ -187,6 +221,9 @@ void readAmplifier(const toml::table& source, std::vector<AmplifierConfig>& ampl
     table.flag("streaming", amplifier.streaming);
     table.number("frequency", amplifier.frequency, 0.001, kHighestFrequency);
     table.integer("answer_time_us", amplifier.answerTime, 0, 10'000'000);
+    table.integer("reset_time_ms", amplifier.resetTime, 0, 10'000);
+    table.integer("serial", amplifier.serial, 1, kAny32);
+    readRanges(table, amplifier);
     readSignals(table, amplifier);
 
     std::uint32_t copies = 1;
@@ -196,6 +233,7 @@ void readAmplifier(const toml::table& source, std::vector<AmplifierConfig>& ampl
     for (std::uint32_t copy = 0; copy < copies; ++copy) {
         AmplifierConfig& added = amplifiers.emplace_back(amplifier);
         added.seed += copy;
+        added.serial += copy;
         for (std::uint32_t* const id : {&added.commandId, &added.answerId, &added.valueId}) {
             *id += copy * step;
             if (*id > kHighestStandardId) throw BenchError(source, "the copies need identifiers above 0x7FF");

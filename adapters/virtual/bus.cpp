@@ -196,7 +196,7 @@ void Bus::sendFromAmplifier(const Turn& turn, Nanoseconds end, FrameReceiver& re
 void Bus::carryToAmplifiers(const Frame& frame, Nanoseconds arrival) {
     if (!isCommand(frame)) return;
     for (std::size_t device = 0; device < commandIds_.size(); ++device) {
-        if (commandIds_[device] == frame.id) carryOut(device, frame, arrival);
+        if (commandIds_[device] == frame.id && amplifiers_[device]->onBus(arrival)) carryOut(device, frame, arrival);
     }
 }
 
@@ -217,6 +217,7 @@ void Bus::carryOut(std::size_t device, const Frame& frame, Nanoseconds arrival) 
             queueAnswer(amplifier, answer, arrival, rule);
         }
     }
+    commandIds_[device] = amplifier.commandId();
     refresh(device);
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
+#include <limits>
 
 #include "signal.hpp"
 
@@ -21,8 +23,20 @@ double countsPerUnit(const AmplifierConfig& config) {
     }
 }
 
-double largestCount(ValueType type) {
-    return type == ValueType::int16 ? 32767.0 : 8388607.0;
+// A zero counts in steps of the integer types, of the finer one where values are floats.
+double zeroStep(const AmplifierConfig& config) {
+    return config.valueType == ValueType::float32 && !config.counts ? 2.1 / 16777215.0 : 1.0;
+}
+
+double largestNumber(ValueType type) {
+    switch (type) {
+        case ValueType::int16:
+            return 32767.0;
+        case ValueType::int24:
+            return 8388607.0;
+        default:
+            return static_cast<double>(std::numeric_limits<float>::max());
+    }
 }
 
 std::int32_t rounded(double value) {
@@ -32,26 +46,70 @@ std::int32_t rounded(double value) {
 }  // namespace
 
 ValueStream::ValueStream(const AmplifierConfig& config)
-    : config_(&config), scale_(countsPerUnit(config)), limit_(largestCount(config.valueType)) {}
+    : seed_(config.seed),
+      type_(config.valueType),
+      identifier_(config.valueId),
+      channels_(config.signals.size()),
+      frequency_(config.frequency),
+      scale_(countsPerUnit(config)),
+      zeroStep_(zeroStep(config)),
+      limit_(largestNumber(config.valueType)) {
+    std::ranges::copy(config.signals, signals_.begin());
+}
+
+double ValueStream::measuredAt(std::size_t channel, std::uint64_t set) const {
+    const SignalPlace place{seed_, static_cast<std::uint32_t>(channel), frequency_};
+    return signalValue(signals_[channel], place, set) * scale_;
+}
+
+double ValueStream::adjustedAt(std::size_t channel, std::uint64_t set) const {
+    const Adjustment& adjustment = adjustments_[channel];
+    const double value = (measuredAt(channel, set) - adjustment.zero) * adjustment.factor + adjustment.offset;
+    return std::abs(value) < adjustment.noiseCut ? 0.0 : value;
+}
 
 RawValue ValueStream::valueAt(std::size_t channel, std::uint64_t set) const {
-    const SignalPlace place{config_->seed, static_cast<std::uint32_t>(channel), config_->frequency};
-    const double value = signalValue(config_->signals[channel], place, set) * scale_;
-    if (config_->valueType == ValueType::float32) {
-        const auto single = static_cast<float>(value);
-        return {std::bit_cast<std::int32_t>(single), 0, static_cast<double>(single)};
+    const double value = adjustedAt(channel, set);
+    const bool overload = !(std::abs(value) <= limit_ + 0.5);
+    const std::uint8_t status = overload ? kValueOverload : std::uint8_t{0};
+    // A scaling that is no number leaves no value at all.
+    const double cut = std::isnan(value) ? 0.0 : std::clamp(value, -limit_, limit_);
+    if (type_ == ValueType::float32) {
+        const auto single = static_cast<float>(cut);
+        return {std::bit_cast<std::int32_t>(single), status, static_cast<double>(single)};
     }
-    const double cut = std::clamp(value, -limit_, limit_);
     const std::int32_t counts = rounded(cut);
-    const bool overload = value > limit_ + 0.5 || value < -limit_ - 0.5;
-    return {counts, overload ? kValueOverload : std::uint8_t{0}, static_cast<double>(counts)};
+    return {counts, status, static_cast<double>(counts)};
+}
+
+std::int32_t ValueStream::zeroOf(std::size_t channel) const {
+    constexpr double limit = std::numeric_limits<std::int32_t>::max();
+    return rounded(std::clamp(measuredAt(channel, set_) / zeroStep_, -limit, limit));
+}
+
+void ValueStream::setScaling(std::size_t channel, const ChannelScaling& scaling) {
+    adjustments_[channel] = {scaling.zero * zeroStep_, static_cast<double>(scaling.userScale),
+                             static_cast<double>(scaling.userOffset) * scale_,
+                             static_cast<double>(scaling.noiseCut) * scale_};
+}
+
+ValueStream::Extremes ValueStream::extremes(std::size_t channel) const {
+    const Extremes& kept = extremes_[channel];
+    return {kept.any, kept.smallest / scale_, kept.largest / scale_};
+}
+
+void ValueStream::noteExtremes(std::size_t channel, double number) {
+    Extremes& kept = extremes_[channel];
+    kept.smallest = kept.any ? std::min(kept.smallest, number) : number;
+    kept.largest = kept.any ? std::max(kept.largest, number) : number;
+    kept.any = true;
 }
 
 std::size_t ValueStream::nextSet(Frames& frames) {
     std::size_t count = 0;
     for (std::size_t channel = 0; channel < channels(); ++channel) {
         const RawValue value = valueAt(channel, set_);
-        maxima_[channel] = std::max(maxima_[channel], value.number < 0 ? -value.number : value.number);
+        noteExtremes(channel, value.number);
         if (value.status != 0) noteError(channel, value.status);
         if (skips_[channel] > 0) {
             --skips_[channel];
@@ -69,16 +127,16 @@ std::size_t ValueStream::nextSet(Frames& frames) {
 }
 
 Frame ValueStream::frameOf(std::size_t channel, const RawValue& value) const {
-    Frame frame{config_->valueId, kStandardFrame, 8, {}};
-    const auto type = static_cast<unsigned>(config_->valueType);
+    Frame frame{identifier_, kStandardFrame, 8, {}};
+    const auto type = static_cast<unsigned>(type_);
     frame.data[0] = static_cast<std::uint8_t>(channel);
     frame.data[1] = static_cast<std::uint8_t>(type << 4U | value.status);
     frame.data[2] = static_cast<std::uint8_t>(set_ >> 8U);
     frame.data[3] = static_cast<std::uint8_t>(set_);
     // The value stands at the left end of the four bytes, most significant byte first.
     auto bits = static_cast<std::uint32_t>(value.counts);
-    if (config_->valueType == ValueType::int16) bits <<= 16U;
-    if (config_->valueType == ValueType::int24) bits <<= 8U;
+    if (type_ == ValueType::int16) bits <<= 16U;
+    if (type_ == ValueType::int24) bits <<= 8U;
     frame.data[4] = static_cast<std::uint8_t>(bits >> 24U);
     frame.data[5] = static_cast<std::uint8_t>(bits >> 16U);
     frame.data[6] = static_cast<std::uint8_t>(bits >> 8U);

@@ -6,6 +6,7 @@
 
 #include "bench.hpp"
 #include "frame.hpp"
+#include "settings.hpp"
 
 namespace virtual_adapter {
 
@@ -19,7 +20,8 @@ struct RawValue {
 inline constexpr std::uint8_t kValueOverload = 1;  // status nibble: the value was cut to its type's range
 
 // An amplifier's measuring channels: makes the frames of one set after the other. Set number n is the same whenever it
-// is sent; the number counts the sets made, so that a stream that was stopped goes on without a gap.
+// is sent with the same settings; the number counts the sets made, so that a stream that was stopped goes on without a
+// gap.
 class ValueStream {
   public:
     // The frames of a set may be repeated by a test: at most one more of each.
@@ -33,14 +35,28 @@ class ValueStream {
 
     [[nodiscard]] std::uint64_t setsMade() const { return set_; }
     [[nodiscard]] RawValue valueAt(std::size_t channel, std::uint64_t set) const;
-    [[nodiscard]] std::size_t channels() const { return config_->signals.size(); }
+    // The zero with which the next set's value of a channel, unscaled, becomes 0.
+    [[nodiscard]] std::int32_t zeroOf(std::size_t channel) const;
+
+    // Of more channels than there are, all are sent.
+    void setChannels(std::size_t channels) { channels_ = channels < kMostChannels ? channels : kMostChannels; }
+    [[nodiscard]] std::size_t channels() const { return channels_; }
+    void setFrequency(double frequency) { frequency_ = frequency; }
+    [[nodiscard]] double frequency() const { return frequency_; }
+    void setIdentifier(std::uint32_t identifier) { identifier_ = identifier; }
+    void setScaling(std::size_t channel, const ChannelScaling& scaling);
 
     void skip(std::size_t channel, std::uint32_t times) { skips_[channel] = times; }
     void repeat(std::size_t channel, std::uint32_t times) { repeats_[channel] = times; }
 
-    // The largest magnitude since the maximum was cleared.
-    [[nodiscard]] double maximum(std::size_t channel) const { return maxima_[channel]; }
-    void clearMaximum(std::size_t channel) { maxima_[channel] = 0; }
+    // The smallest and the largest value since they were cleared, in the unit of the signals.
+    struct Extremes {
+        bool any = false;
+        double smallest = 0;
+        double largest = 0;
+    };
+    [[nodiscard]] Extremes extremes(std::size_t channel) const;
+    void clearExtremes(std::size_t channel) { extremes_[channel] = {}; }
 
     // The last values that were cut: the latest first.
     struct ValueError {
@@ -53,16 +69,34 @@ class ValueStream {
     void clearErrors() { errors_ = {}; }
 
   private:
+    // A channel's scaling in the numbers of the stream.
+    struct Adjustment {
+        double zero = 0;
+        double factor = 1;
+        double offset = 0;
+        double noiseCut = 0;
+    };
+
+    [[nodiscard]] double measuredAt(std::size_t channel, std::uint64_t set) const;
+    [[nodiscard]] double adjustedAt(std::size_t channel, std::uint64_t set) const;
+    void noteExtremes(std::size_t channel, double number);
     void noteError(std::size_t channel, std::uint8_t status);
     [[nodiscard]] Frame frameOf(std::size_t channel, const RawValue& value) const;
 
-    const AmplifierConfig* config_;
-    std::uint64_t set_ = 0;
-    double scale_;
+    std::array<SignalConfig, kMostChannels> signals_{};
+    std::uint64_t seed_;
+    ValueType type_;
+    std::uint32_t identifier_;
+    std::size_t channels_;
+    double frequency_;
+    double scale_;     // stream numbers for 1 in the unit of the signals
+    double zeroStep_;  // stream numbers for 1 in the unit of the zero
     double limit_;
+    std::uint64_t set_ = 0;
+    std::array<Adjustment, kMostChannels> adjustments_{};
     std::array<std::uint32_t, kMostChannels> skips_{};
     std::array<std::uint32_t, kMostChannels> repeats_{};
-    std::array<double, kMostChannels> maxima_{};
+    std::array<Extremes, kMostChannels> extremes_{};
     std::array<ValueError, kErrorsKept> errors_{};
 };
 

@@ -74,14 +74,16 @@ TEST(ValueFrame, SequenceNumberWrapsAfterSixteenBits) {
     EXPECT_EQ(frames[0].data[3], 0);
 }
 
-TEST(ValueFrame, MaximumIsKeptUntilItIsCleared) {
+TEST(ValueFrame, ExtremesAreKeptUntilTheyAreCleared) {
     const AmplifierConfig config = oneChannel(ValueType::int16, -200);
     ValueStream stream(config);
     ValueStream::Frames frames;
     stream.nextSet(frames);
-    EXPECT_EQ(stream.maximum(0), 200.0);
-    stream.clearMaximum(0);
-    EXPECT_EQ(stream.maximum(0), 0.0);
+    EXPECT_EQ(stream.extremes(0).smallest, -200.0);
+    EXPECT_EQ(stream.extremes(0).largest, -200.0);
+    stream.clearExtremes(0);
+    EXPECT_EQ(stream.extremes(0).smallest, 0.0);
+    EXPECT_EQ(stream.extremes(0).largest, 0.0);
 }
 
 TEST(Signal, SineAgreesWithTheMathematicalOne) {

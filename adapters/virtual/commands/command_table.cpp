@@ -9,7 +9,8 @@ using Table = std::array<const CommandRow*, 256>;
 
 Table makeTable() {
     Table table{};
-    for (const auto family : {canCommands(), identityCommands(), statusCommands(), valueCommands()}) {
+    for (const auto family : {canCommands(), identityCommands(), inputCommands(), rateCommands(), scalingCommands(),
+                              settingsCommands(), statusCommands(), unitCommands(), valueCommands()}) {
         for (const CommandRow& row : family)
             table[row.code] = &row;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -19,6 +21,14 @@ struct CommandCall {
     Reply& reply;
 
     [[nodiscard]] std::uint8_t u8(std::size_t place) const { return parameters[place]; }
+    [[nodiscard]] std::uint16_t u16(std::size_t place) const {
+        return static_cast<std::uint16_t>(parameters[place] << 8U | parameters[place + 1]);
+    }
+    [[nodiscard]] std::uint32_t u32(std::size_t place) const {
+        return static_cast<std::uint32_t>(u16(place)) << 16U | u16(place + 2);
+    }
+    [[nodiscard]] std::int32_t i32(std::size_t place) const { return static_cast<std::int32_t>(u32(place)); }
+    [[nodiscard]] float f32(std::size_t place) const { return std::bit_cast<float>(u32(place)); }
 };
 
 // One command of the amplifier. To add one: write its function, put its row into the table of its family; a new family
@@ -35,7 +45,12 @@ struct CommandRow {
 
 [[nodiscard]] std::span<const CommandRow> canCommands();
 [[nodiscard]] std::span<const CommandRow> identityCommands();
+[[nodiscard]] std::span<const CommandRow> inputCommands();
+[[nodiscard]] std::span<const CommandRow> rateCommands();
+[[nodiscard]] std::span<const CommandRow> scalingCommands();
+[[nodiscard]] std::span<const CommandRow> settingsCommands();
 [[nodiscard]] std::span<const CommandRow> statusCommands();
+[[nodiscard]] std::span<const CommandRow> unitCommands();
 [[nodiscard]] std::span<const CommandRow> valueCommands();
 
 }  // namespace virtual_adapter
