@@ -77,6 +77,46 @@ TEST_F(ErrorQuery, NumbersAboveThirtyNineShareOneSlot) {
     expectNothingSent();
 }
 
+TEST_F(ErrorQuery, EveryQueryRefusesANumberAboveThirtyNine) {
+    std::uint32_t number = 0;
+    std::array<std::uint8_t, 6> data{};
+    EXPECT_EQ(TORVIKgetLastProtocolError(40, 2, 0, &number), -1);
+    expectLastError(40, 0x30000100, parameterExceedance);
+    EXPECT_EQ(TORVIKgetLastValueError(40, 0, data.data()), -1);
+    expectLastError(40, 0x30000100, parameterExceedance);
+    EXPECT_EQ(TORVIKgetInterfaceIdent(40, 0, &number), -1);
+    expectLastError(40, 0x30000100, parameterExceedance);
+    expectNothingSent();
+}
+
+TEST_F(ErrorQuery, InactiveDeviceIsRefusedButANullPointerFirst) {
+    std::uint32_t code = 0;
+    EXPECT_EQ(TORVIKgetLastProtocolError(5, 1, 0, &code), -1);
+    expectLastError(5, 0x30000113, notInitialized);
+    EXPECT_EQ(TORVIKgetInterfaceIdent(5, 0, nullptr), -1);
+    expectLastError(5, 0x30000100, parameterExceedance);
+    expectNothingSent();
+}
+
+TEST_F(ErrorQuery, TextTakesNoMoreThanItsBuffer) {
+    EXPECT_EQ(TORVIKclearMaximumValue(device, 9), -1);
+    std::array<char, 130> text{};
+    text.fill('#');
+    std::uint32_t code = 0;
+    EXPECT_EQ(TORVIKgetLastErrorText(device, text.data(), &code), 0);
+    EXPECT_EQ(std::string_view(text.data()), parameterExceedance);
+    EXPECT_EQ(text[128], '#');
+    EXPECT_EQ(text[129], '#');
+}
+
+TEST_F(ErrorQuery, StatusThatNoTextIsKnownForIsNamedByItsNumber) {
+    answerWith(0x00, {0xFE}, 1);
+    EXPECT_EQ(TORVIKresetStatus(device), -1);
+    const LastError error = takeLastError(device);
+    EXPECT_EQ(error.code, 0xFEu);
+    EXPECT_THAT(error.text, testing::HasSubstr("FE"));
+}
+
 TEST_F(ErrorQuery, NullTextOrCodeKeepsTheError) {
     EXPECT_EQ(TORVIKclearMaximumValue(device, 9), -1);
     std::array<char, 128> text{};
