@@ -1,15 +1,10 @@
+#include "answers.hpp"
 #include "open_adapter.hpp"
 
 namespace virtual_test {
 namespace {
 
 using AmplifierCommands = QuietAdapter;
-
-constexpr Data kAcknowledged{0x40, 0x00};
-
-Data refusal(std::uint8_t status) {
-    return {0x40, status};
-}
 
 TEST_F(AmplifierCommands, FirmwareVersionIsTold) {
     EXPECT_EQ(ask({0x2B}), (Data{0x44, 0x00, 0x00, 0x04, 0x00, 0x00}));

@@ -53,6 +53,9 @@ TEST(BenchFile, EveryKeyIsTaken) {
         streaming = false
         frequency = 12.5
         answer_time_us = 230
+        reset_time_ms = 50
+        serial = 4294967295
+        ranges = [[1, 1000], [255, 16777215]]
           [[amplifier.signal]]
           wave = "ramp"
           amplitude = 2
@@ -76,6 +79,9 @@ TEST(BenchFile, EveryKeyIsTaken) {
     EXPECT_FALSE(amplifier.streaming);
     EXPECT_EQ(amplifier.frequency, 12.5);
     EXPECT_EQ(amplifier.answerTime, 230U);
+    EXPECT_EQ(amplifier.resetTime, 50U);
+    EXPECT_EQ(amplifier.serial, 4294967295U);
+    EXPECT_EQ(amplifier.ranges, (std::vector<InputRange>{{1, 1000}, {255, 16777215}}));
     ASSERT_EQ(amplifier.signals.size(), 3U);
     EXPECT_EQ(amplifier.signals[0].waveform, Waveform::ramp);
     EXPECT_EQ(amplifier.signals[0].amplitude, 2.0);
@@ -108,6 +114,11 @@ TEST(BenchFile, RefusalsSayWhereAndWhy) {
     EXPECT_EQ(refusal("[[amplifier]]\nstreaming = 1\n"), "bench:2:13: \"streaming\" is neither true nor false");
     EXPECT_EQ(refusal("[[amplifier]]\ninterface_ident = [1, 2]\n"),
               "bench:2:19: \"interface_ident\" is not an array of 4 numbers");
+    EXPECT_EQ(refusal("[[amplifier]]\nserial = 0\n"), "bench:2:10: \"serial\" is not a whole number of 1..4294967295");
+    EXPECT_EQ(refusal("[[amplifier]]\nranges = [[1, 2], [256, 2]]\n"),
+              "bench:2:20: \"ranges\" is not a whole number of 0..255");
+    EXPECT_EQ(refusal("[[amplifier]]\nranges = [1, 2]\n"), "bench:2:11: \"ranges\" does not consist of 2 numbers each");
+    EXPECT_EQ(refusal("[[amplifier]]\nranges = 1\n"), "bench:2:10: \"ranges\" is not an array of at most 12");
     EXPECT_EQ(refusal("[amplifier]\n"), "bench:1:1: \"amplifier\" is not an array of tables");
     EXPECT_EQ(refusal("bus = 1\n"), "bench:1:7: \"bus\" is not a table");
     EXPECT_EQ(refusal("[[amplifier]]\nchannels = 1\n[[amplifier.signal]]\n[[amplifier.signal]]\n"),
