@@ -1066,6 +1066,164 @@ int32_t TORVIKgetTXMapping(int32_t deviceNo, uint8_t index, uint32_t* value);
  */
 int32_t TORVIKsetTXMapping(int32_t deviceNo, uint8_t index, int32_t value);
 
+/* Digital filters */
+
+/*
+ * Each device runs up to eight IIR and eight FIR filters. Filter type: bits 0..3 the order, bits 4..6 the kind
+ * (0x00 low pass, 0x10 high pass, 0x20 band pass, 0x30 band stop), bit 7 the FIR bank.
+ */
+
+/*
+ * Reads which filters are on.
+ *   deviceNo  in   device number 1..39
+ *   mask      out  bits 0..7 the IIR filters 1..8, bits 8..15 the FIR filters; null is refused
+ *   result    0; 255: the device refused, its status is the last error; -1
+ *   errors    0x30000100  device number above 39, or mask is null
+ *             0x30000113  device not active
+ *   sends     0x51
+ */
+int32_t TORVIKgetDfilterOnOff(int32_t deviceNo, uint32_t* mask);
+
+/*
+ * Switches a filter on or off: reads the mask, changes it and writes it back. When the device refuses to tell its
+ * mask, its status is the last error and all other filters are switched off.
+ *   deviceNo  in   device number 1..39
+ *   filterNo  in   1..8; 0: all FIR filters, or the IIR filters 1..6
+ *   flags     in   bit 0x80: the FIR bank, else the IIR bank
+ *   on        in   0 off, anything else on
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39
+ *             0x30000113  device not active
+ *   sends     0x51, then 0x52 with the mask as 4 bytes
+ */
+int32_t TORVIKsetDfilterOnOff(int32_t deviceNo, uint32_t filterNo, int32_t flags, int32_t on);
+
+/*
+ * Reads the type and the cut-off frequencies of a filter.
+ *   deviceNo  in   device number 1..39
+ *   filterNo  in   1..8
+ *   flags     in   bit 0x80: the FIR bank, else the IIR bank
+ *   type      out  filter type; left as it is when the device does not answer; null is refused
+ *   cutoffs   out  array of 2, in Hz; the second is written for band pass and band stop only; null is refused
+ *   result    0; 255: the device refused, its status is the last error; -1
+ *   errors    0x30000100  device number above 39, filterNo outside 1..8, or a null pointer
+ *             0x30000113  device not active
+ *             none        the device's sampling frequency is not above 0: -1 without a code
+ *   sends     0x8A; 0x4B with the bytes filterNo, bank; 0x4D with the bytes filterNo, bank + 0 and for band kinds
+ *             bank + 1
+ */
+int32_t TORVIKgetDfilterInfo(int32_t deviceNo, uint32_t filterNo, int32_t flags, uint32_t* type, double* cutoffs);
+
+/*
+ * Asks for the type of a filter, but never delivers it: use TORVIKgetDfilterInfo.
+ *   deviceNo  in   device number 1..39
+ *   filterNo  in   1..8
+ *   flags     in   bit 0x80: the FIR bank, else the IIR bank
+ *   type      out  never written; null is refused
+ *   result    -1
+ *   errors    0x30000100  device number above 39, filterNo outside 1..8, or type is null
+ *             0x30000113  device not active
+ *             0x30000105  the device answered
+ *   sends     0x4B with the bytes filterNo, bank
+ */
+int32_t TORVIKgetDigiFiltType(int32_t deviceNo, uint32_t filterNo, int8_t flags, uint32_t* type);
+
+/*
+ * Reads the coefficients of a filter of the device, or of the last design of TORVIKcalcSetDfilterParams. Negative
+ * coefficients of the device are not delivered: their elements are left as they are.
+ *   deviceNo  in   device number 1..39
+ *   filterNo  in   1..8; negative: the last design for this device
+ *   flags     in   0: x and y of an IIR filter; otherwise only x, of the FIR bank with bit 0x80
+ *   x         out  array of 5 input coefficients (4 with flags other than 0); null is refused
+ *   y         out  array of 4 feedback coefficients; null is refused with flags 0
+ *   result    0 or -1; of the last coefficient when some did not come
+ *   errors    0x30000100  device number above 39, filterNo 0 or above 8, or a null pointer
+ *             0x30000113  device not active
+ *             0x30000201  there is no valid design
+ *   sends     0x4F with the bytes filterNo and index (y: index + 0x10) for each coefficient; nothing for a design
+ */
+int32_t TORVIKgetDfilterCoeff(int32_t deviceNo, int32_t filterNo, uint32_t flags, double* x, double* y);
+
+/*
+ * Stores digital filters on the device.
+ *   deviceNo  in   device number 1..39
+ *   a         in   0..8, passed on as it is
+ *   b         in   0..8, passed on as it is
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or a or b above 8
+ *             0x30000113  device not active
+ *   sends     0x7E with the bytes a, b
+ */
+int32_t TORVIKstoreDigitalFilter(int32_t deviceNo, uint32_t a, uint32_t b);
+
+/*
+ * Loads a filter with given coefficients and stores the settings.
+ *   deviceNo  in   device number 1..39
+ *   filterNo  in   0..8; 0 is passed on
+ *   type      in   filter type; negative: the FIR form, without y
+ *   cutoffs   in   array of 2, as fractions of the sampling frequency, above 0; the second for band pass and band
+ *                  stop only; null is refused
+ *   x         in   order + 1 input coefficients; null is refused
+ *   y         in   order feedback coefficients; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, filterNo above 8, a null pointer, a cut-off not above 0, or a kind
+ *                         of 0x40 and more
+ *             0x30000113  device not active
+ *   sends     0x4C with the bytes filterNo, type; 0x4E with the bytes filterNo, 0 or 1 and the float for each cut-
+ *             off; 0x50 with the bytes filterNo, index (y: index + 0x10, FIR: index + 0x80) and 4 bytes for each
+ *             coefficient, a float with protocol kind 16, sign and magnitude with 24 fraction bits with 32; then 0x0A
+ *             with the byte 0
+ */
+int32_t TORVIKsetDfilterParams(int32_t deviceNo, uint32_t filterNo, int32_t type, double* cutoffs, double* x,
+                               double* y);
+
+/*
+ * Designs a filter of fourth order for the device's sampling frequency and loads it.
+ *   deviceNo        in   device number 1..39
+ *   filterNo        in   0..8 as for TORVIKsetDfilterParams; above 8: design only
+ *   mode            in   bit 0 must be 0
+ *   kind            in   0 low pass, 1 high pass, 2 band pass, 3 band stop
+ *   characteristic  in   1 Bessel, 2 Butterworth
+ *   orderBits       in   order for the filter type; 4
+ *   f1              in   lower or only cut-off frequency in Hz, at most half the sampling frequency
+ *   f2              in   upper cut-off frequency of a band in Hz, at most half the sampling frequency
+ *   result          0 or -1
+ *   errors          0x30000100  device number above 39, or kind, characteristic or a cut-off frequency out of range
+ *                   0x30000113  device not active
+ *                   0x30000062  mode with bit 0
+ *                   0x30000064  the device's sampling frequency could not be read
+ *                   0x30000207  the cut-off frequencies give no real coefficients
+ *                   0x30000208  the coefficients are too large for the device (cut-off too low)
+ *                   0x30000209  the gain is too large for the device (cut-off too low)
+ *                   0x30000105  not enough memory
+ *   sends           0x8A, then what TORVIKsetDfilterParams sends
+ */
+int32_t TORVIKcalcSetDfilterParams(int32_t deviceNo, uint32_t filterNo, uint32_t mode, uint32_t kind,
+                                   uint32_t characteristic, uint32_t orderBits, double f1, double f2);
+
+/*
+ * Writes the response of the last design of TORVIKcalcSetDfilterParams to a text file with tab-separated columns.
+ *   deviceNo  in   device number 1..39
+ *   mode      in   bit 0: amplitude in dB over frequency; else bit 1: step response over time; bit 0x80: of a FIR
+ *                  filter, which there never is
+ *   f1        in   lowest frequency in Hz, not below fs / 250; for a step its level before (not used)
+ *   f2        in   highest frequency in Hz, not above fs / 2; for a step its level after (not used)
+ *   fs        in   sampling frequency in Hz; below 1: the device is asked
+ *   points    in   number of lines: frequencies 1 and more; step 20 and more, of which at most 1000 are written
+ *   fileName  in   file to be written, in the process's code page; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, fileName is null, or mode without bits 0 and 1
+ *             0x30000113  device not active
+ *             0x30000064  the device's sampling frequency could not be read
+ *             0x30000201  there is no valid design
+ *             0x30000202  points too few, or f1 not below fs
+ *             0x31......  0x31000000 | the system's error code: the file cannot be written
+ *             0x30000105  not enough memory
+ *   sends     nothing; 0x8A when fs is below 1
+ */
+int32_t TORVIKsimulateDfilter(int32_t deviceNo, int32_t mode, double f1, double f2, double fs, int32_t points,
+                              const char* fileName);
+
 #ifdef __cplusplus
 }
 #endif

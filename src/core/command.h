@@ -49,6 +49,14 @@ enum class Command : std::uint8_t {
     valueError = 0x43,             // index; six bytes 2..7
     channelCount = 0x49,           // 0: number of channels in byte 3; 1..16: mapping entry in bytes 2..3
     setTransmitMapping = 0x4A,     // entry, value as 16 bits; acknowledged
+    getFilterType = 0x4B,          // filter, bank; type in byte 2
+    setFilterType = 0x4C,          // filter, type; acknowledged
+    getFilterCutoff = 0x4D,        // filter, bank + 0 or 1; float in bytes 2..5, a fraction of the sampling frequency
+    setFilterCutoff = 0x4E,        // filter, 0 or 1, float; acknowledged
+    getFilterCoefficient = 0x4F,   // filter, index; 32 bits in bytes 2..5, with 24 fraction bits
+    setFilterCoefficient = 0x50,   // filter, index, float or sign and magnitude; acknowledged
+    getFiltersOn = 0x51,           // no parameters; mask in bytes 2..5
+    setFiltersOn = 0x52,           // mask as 32 bits; acknowledged
     maximumMinimum = 0x53,         // channel; two answers, a float in bytes 2..5 of the second
     readHours = 0x56,              // index; float in bytes 2..5
     writeHours = 0x57,             // float; acknowledged
@@ -58,6 +66,7 @@ enum class Command : std::uint8_t {
     getCounterMode = 0x69,         // input and sub; value in bytes 2..5
     setCounterMode = 0x6A,         // input and sub, value as 32 bits; acknowledged
     resetDevice = 0x78,            // no parameters; no answer
+    storeFilter = 0x7E,            // two numbers; acknowledged
     transmitMode = 0x80,           // index; mode in bytes 2..3
     setTransmitMode = 0x81,        // index, mode as 16 bits; acknowledged
     getFrequency = 0x8A,           // no parameters; float in bytes 2..5

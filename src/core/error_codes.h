@@ -25,6 +25,7 @@ inline constexpr std::uint32_t outOfMemory = 0x300000F3;
 inline constexpr std::uint32_t answerTimeout = 0x30000058;
 inline constexpr std::uint32_t firmwareUnsupported = 0x30000062;
 inline constexpr std::uint32_t unknownValueFormat = 0x30000063;
+inline constexpr std::uint32_t frequencyOutOfRange = 0x30000064;
 inline constexpr std::uint32_t notStored = 0x30000065;
 inline constexpr std::uint32_t parameterExceedance = 0x30000100;
 inline constexpr std::uint32_t invalidDevice = 0x30000101;

@@ -11,7 +11,8 @@ import re
 import sys
 
 STANDS_ON = {
-    "api": {"api", "params", "core", "can", "platform"},
+    "api": {"api", "params", "filter", "core", "can", "platform"},
+    "filter": {"filter", "core", "platform"},
     "params": {"params", "core", "platform"},
     "core": {"core", "can", "platform"},
     "can": {"can", "core", "platform"},  # the receive thread stores into core's device records

@@ -1,0 +1,185 @@
+#include "filter/response_files.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "filter/filter_options.h"
+#include "filter/simulation.h"
+#include "filter/text_buffer.h"
+#include "platform/floating_point.h"
+#include "platform/text_file.h"
+
+namespace torvik {
+
+namespace {
+
+constexpr std::uint32_t systemErrorMark = 0x31000000;
+constexpr std::int32_t fewestStepPoints = 20;
+constexpr double fixedFullScale = 8388607.0;
+constexpr double silence = -320.0;  // dB
+
+// The kind proper of a kind word; also makes the filter simulate in that arithmetic.
+std::uint32_t selectKind(Dfilter& filter, std::uint32_t kindWord) {
+    filter.floatSimulation = (kindWord & singlePrecision) != 0;
+    return filter.floatSimulation ? kindWord & 0xFF : kindWord;
+}
+
+bool available(const Dfilter& filter, std::uint32_t kind) {
+    if (kind == firKind) return filter.firValid;
+    // Kept: only the kind 0 is looked at.
+    return kind != 0 || filter.iirValid;
+}
+
+std::int32_t tapsOf(const Dfilter& filter, std::uint32_t kind) {
+    return kind == firKind ? filter.order + 1 : filter.order;
+}
+
+// The words of a heading up to the frequencies, by the design's kind. Kept: "4th order" whatever the order.
+struct Heading {
+    std::uint32_t option;
+    std::string_view words;
+};
+
+constexpr Heading headings[] = {
+    {option::lowPass, " response of IIR low pass 4th order. Cutoff freq: "},
+    {option::highPass, " response of IIR high pass 4th order. Cutoff freq: "},
+    {option::bandPass, " response of IIR band pass 4th order.\nLower cutoff freq: "},
+    {option::bandStop, " response of IIR band stop 4th order.\nLower cutoff freq: "},
+};
+
+// A text file that is written line by line.
+class ResponseFile {
+  public:
+    explicit ResponseFile(const char* fileName) : file_(fileName) {}
+
+    bool opened() const { return file_.opened(); }
+
+    // `response`: "Step" or "Frequency".
+    void writeHeading(std::string_view response, const Dfilter& filter, std::uint32_t kind, double fs) {
+        if (kind == firKind) {
+            line_.text(response).text(" response of FIR low pass ").integer(filter.order);
+            line_.text("th order. Cutoff freq: ").fixed(filter.firCutoff, 3);
+            finishHeading(fs);
+            return;
+        }
+        const auto* const heading = std::ranges::find_if(
+            headings, [&filter](const Heading& row) { return (filter.options & row.option) != 0; });
+        if (heading == std::end(headings)) return;
+        line_.text(response).text(heading->words).fixed(filter.alpha1 * fs, 3);
+        if ((heading->option & option::bandKinds) != 0)
+            line_.text(" Higher cutoff freq: ").fixed(filter.alpha2 * fs, 3);
+        finishHeading(fs);
+    }
+
+    void writeWords(std::string_view words) { file_.write(words); }
+
+    void writeRow(double left, int leftDecimals, double right, int rightDecimals, std::string_view end) {
+        line_.fixed(left, leftDecimals).text("\t").fixed(right, rightDecimals).text(end);
+        flush();
+    }
+
+    // Result: 0 or the code of what the system could not do.
+    std::uint32_t close() {
+        const std::uint32_t systemError = file_.close();
+        return systemError == 0 ? 0 : systemError | systemErrorMark;
+    }
+
+  private:
+    void finishHeading(double fs) {
+        line_.text(" Sampling freq: ").fixed(fs, 1).text("\n");
+        flush();
+    }
+
+    void flush() {
+        file_.write(line_.view());
+        line_.clear();
+    }
+
+    platform::TextFile file_;
+    // The longest double has 309 digits before its point; a line has three of them at most.
+    std::array<char, 1200> buffer_{};
+    TextBuffer line_{buffer_};
+};
+
+double outputOf(const Dfilter& filter, std::size_t n) {
+    return filter.floatSimulation ? static_cast<double>(filter.floatSamples[samplesPerRun + n])
+                                  : filter.fixedSamples[samplesPerRun + n] / fixedFullScale;
+}
+
+template <class Samples>
+double amplitudeRatio(const Samples& samples) {
+    const auto all = std::span(samples);
+    const auto output = rootMeanSquare(all.template subspan<samplesPerRun + 500, 500>());
+    const auto input = rootMeanSquare(all.template first<500>());
+    return static_cast<double>(output) / static_cast<double>(input);
+}
+
+double amplitudeAt(Dfilter& filter, std::uint32_t kind, double fs, double f) {
+    runFilter(filter, kind, tapsOf(filter, kind), TestSignal::sine, fs, f);
+    const double ratio = filter.floatSimulation ? amplitudeRatio(std::as_const(filter).floatSamples)
+                                                : amplitudeRatio(std::as_const(filter).fixedSamples);
+    if (std::abs(ratio) <= std::numeric_limits<double>::epsilon()) return silence;
+    return 20.0 * std::log10(ratio);
+}
+
+// Kept: decimals and line ends differ with the number of points; readers of the files count on it.
+void writeAmplitudes(ResponseFile& file, Dfilter& filter, std::uint32_t kind, double fStart, double fStop, double fs,
+                     std::int32_t points) {
+    const auto writeRow = [&](double f, int decimals, std::string_view end) {
+        file.writeRow(f, decimals, amplitudeAt(filter, kind, fs, f), 2, end);
+    };
+    if (points == 1) {
+        writeRow(fStart, 3, "");
+    } else if (points == 2) {
+        writeRow(fStart, 3, "\n");
+        writeRow(fStop, 3, "");
+    } else {
+        const double step = (fStop - fStart) / (points - 1);
+        double f = fStart;
+        for (std::int32_t i = 0; i < points; ++i, f += step)
+            writeRow(f, 2, "\n");
+    }
+}
+
+}  // namespace
+
+std::uint32_t writeStepResponse(Dfilter& filter, std::uint32_t kindWord, double levelBefore, double levelAfter,
+                                double fs, std::int32_t points, const char* fileName) {
+    const platform::MaskedFloatingPoint masked;
+    if (points < fewestStepPoints || fileName == nullptr || !(fs >= 1.0)) return filter_error::wrongArguments;
+    const std::uint32_t kind = selectKind(filter, kindWord);
+    if (!available(filter, kind)) return filter_error::noDesign;
+    filter.stepLevelBefore = levelBefore;
+    filter.stepLevelAfter = levelAfter;
+    runFilter(filter, kind, tapsOf(filter, kind), TestSignal::step, fs, 0.0);
+    ResponseFile file(fileName);
+    if (!file.opened()) return file.close();
+    file.writeHeading("Step", filter, kind, fs);
+    file.writeWords("Time [ms]\tAmplitude\n");
+    double time = 0.0;
+    const auto lines = std::min(static_cast<std::size_t>(points), samplesPerRun);
+    for (std::size_t i = 0; i < lines; ++i, time += 1000.0 / fs)
+        file.writeRow(time, 3, outputOf(filter, i), 5, "\n");
+    return file.close();
+}
+
+std::uint32_t writeFrequencyResponse(Dfilter& filter, std::uint32_t kindWord, double fStart, double fStop, double fs,
+                                     std::int32_t points, const char* fileName) {
+    const platform::MaskedFloatingPoint masked;
+    if (!(fStart < fs) || !(fStop <= fs) || points < 1 || fileName == nullptr || !(fs >= 1.0))
+        return filter_error::wrongArguments;
+    const std::uint32_t kind = selectKind(filter, kindWord);
+    if (!available(filter, kind)) return filter_error::noDesign;
+    ResponseFile file(fileName);
+    if (!file.opened()) return file.close();
+    file.writeHeading("Frequency", filter, kind, fs);
+    file.writeWords("f [Hz]\tAmplitude [dB]\n");
+    writeAmplitudes(file, filter, kind, fStart, fStop, fs, points);
+    return file.close();
+}
+
+}  // namespace torvik
