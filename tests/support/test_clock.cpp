@@ -45,6 +45,12 @@ void TestClock::advanceToEarliestDeadline() {
     if (!deadlines_.empty()) now_ = std::max(now_, *deadlines_.begin());
 }
 
+std::optional<platform::Duration> TestClock::untilEarliestDeadline() {
+    const std::scoped_lock lock(mutex_);
+    if (deadlines_.empty()) return std::nullopt;
+    return *deadlines_.begin() - now_;
+}
+
 bool TestClock::untilWaiting(std::size_t waiting) {
     const platform::TimePoint limit = platform::systemNow() + patience;
     while (platform::systemNow() < limit) {

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <future>
 #include <mutex>
+#include <optional>
 #include <set>
 
 #include "platform/sync.h"
@@ -26,6 +27,9 @@ class TestClock final : public platform::Clock {
 
     // Lets the earliest deadline that somebody waits for come; nothing when nobody waits.
     void advanceToEarliestDeadline();
+
+    // How far away the earliest deadline is that somebody waits for; nothing when nobody waits.
+    std::optional<platform::Duration> untilEarliestDeadline();
 
     // Returns once at least `waiting` calls wait. False: they have not within ten seconds of real time.
     bool untilWaiting(std::size_t waiting = 1);
