@@ -4,19 +4,20 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "bench.hpp"
+
 namespace virtual_adapter {
 
 // What belongs to the device itself: in no settings set, and kept by a reset.
 struct DeviceMemory {
     static constexpr std::size_t kCalibrationValues = 49;
-    static constexpr std::size_t kChannels = 8;
     static constexpr std::size_t kUserTexts = 2;
 
     std::uint32_t serial = 0;
     std::uint32_t hardware = 0x00010002;
     std::uint32_t softwareConfiguration = 0x00000011;
     std::array<float, 2> hours{1250.5F, 1250.5F};  // 0: operation, can be written; 1: production
-    std::array<std::array<std::uint32_t, kChannels>, kCalibrationValues> calibration{};  // floats as their bits
+    std::array<std::array<std::uint32_t, kMostChannels>, kCalibrationValues> calibration{};  // floats as their bits
     std::array<std::array<std::uint8_t, 8>, kUserTexts> userTexts{};
 };
 

@@ -45,6 +45,7 @@ struct RateSettings {
 
 struct CanSettings {
     static constexpr std::size_t kMappingEntries = 17;
+    static constexpr std::uint16_t kMostCounted = 16;  // channels in a set, though fewer are sent
 
     std::array<std::uint32_t, 8> numbered{};               // 0..2: identifiers of commands, answers and values
     std::array<std::uint16_t, kMappingEntries> mapping{};  // entry 0: number of channels in a set

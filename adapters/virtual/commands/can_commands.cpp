@@ -5,7 +5,6 @@ namespace virtual_adapter {
 namespace {
 
 constexpr std::uint8_t kIdentifiers = 3;  // of commands, answers and values: the first of the numbered settings
-constexpr std::uint16_t kMostCounted = 16;
 
 void canSetting(CommandCall& call) {
     const auto& numbered = call.amplifier.settings().can.numbered;
@@ -47,7 +46,8 @@ void setTransmitMapping(CommandCall& call) {
     const std::uint8_t entry = call.u8(0);
     const std::uint16_t value = call.u16(1);
     if (entry >= CanSettings::kMappingEntries) return call.reply.error(device_status::kWrongIndex);
-    if (entry == 0 && (value < 1 || value > kMostCounted)) return call.reply.error(device_status::kWrongData);
+    if (entry == 0 && (value < 1 || value > CanSettings::kMostCounted))
+        return call.reply.error(device_status::kWrongData);
     call.amplifier.changeSettings(Kept::stored, call.now,
                                   [=](Settings& settings) { settings.can.mapping[entry] = value; });
     call.reply.acknowledge();

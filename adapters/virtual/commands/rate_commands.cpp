@@ -5,7 +5,6 @@ namespace virtual_adapter {
 namespace {
 
 constexpr std::array<float, 2> kDataRateRange{0.1F, 20'000.0F};
-constexpr std::uint16_t kMostCounted = 16;
 
 void frequency(CommandCall& call) {
     call.reply.f32(static_cast<float>(call.amplifier.settings().rates.frequency));
@@ -42,7 +41,7 @@ void setCounterMode(CommandCall& call) {
     call.amplifier.changeSettings(Kept::stored, call.now, [=](Settings& settings) {
         std::uint32_t& mode = settings.rates.counterModes[input][item];
         std::uint16_t& channels = settings.can.mapping[0];
-        if (item == 0 && mode == 0 && value != 0 && channels < kMostCounted) ++channels;
+        if (item == 0 && mode == 0 && value != 0 && channels < CanSettings::kMostCounted) ++channels;
         if (item == 0 && mode != 0 && value == 0 && channels > 1) --channels;
         mode = value;
     });
