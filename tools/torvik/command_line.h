@@ -37,5 +37,13 @@ struct CommandLine {
 void addInfoCommand(CommandLine& commandLine);
 void addStreamCommand(CommandLine& commandLine);
 void addExplainCommand(CommandLine& commandLine);
+void addListCommand(CommandLine& commandLine);
+void addShowCommand(CommandLine& commandLine);
+void addGetCommand(CommandLine& commandLine);
+void addSetCommand(CommandLine& commandLine);
+void addZeroCommand(CommandLine& commandLine);
+void addUnitsCommand(CommandLine& commandLine);
+void addSettingsCommand(CommandLine& commandLine);
+void addConfigCommand(CommandLine& commandLine);
 
 }  // namespace torvik::tool

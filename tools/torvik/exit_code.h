@@ -13,6 +13,7 @@ enum class ExitCode : int {
     deviceFailed = 4,
     streamFailed = 5,
     outputFailed = 6,
+    differs = 7,
     interrupted = 130,
 };
 
@@ -20,11 +21,12 @@ inline constexpr std::string_view exitCodeHelp =
     "Exit codes:\n"
     "  0    done; also when the reader of the output has closed it\n"
     "  1    explain: no error has this code\n"
-    "  2    wrong use: unknown option, value out of range, unusable bench file\n"
+    "  2    wrong use: unknown option, value out of range, unusable bench or configuration file\n"
     "  3    no adapter: its library is missing or the adapter cannot be opened\n"
-    "  4    the device did not answer, or it could not be activated\n"
+    "  4    the device did not answer, refused what it was asked, or could not be activated\n"
     "  5    failure while streaming\n"
     "  6    the output could not be written\n"
+    "  7    set, config load: the device reads back another value; config diff: something differs\n"
     "  130  interrupted (Ctrl-C, or asked to end); the device has been released";
 
 }  // namespace torvik::tool

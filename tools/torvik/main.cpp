@@ -28,6 +28,14 @@ void setUpParser(CommandLine& commandLine) {
     addInfoCommand(commandLine);
     addStreamCommand(commandLine);
     addExplainCommand(commandLine);
+    addListCommand(commandLine);
+    addShowCommand(commandLine);
+    addGetCommand(commandLine);
+    addSetCommand(commandLine);
+    addZeroCommand(commandLine);
+    addUnitsCommand(commandLine);
+    addSettingsCommand(commandLine);
+    addConfigCommand(commandLine);
     app.footer(std::string(exitCodeHelp));
     for (CLI::App* const command : app.get_subcommands({}))
         command->footer(std::string(exitCodeHelp));

@@ -1,0 +1,26 @@
+// The form of a configuration file: what a user sets on a device, as TOML.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "parameters/parameter.h"
+
+namespace torvik::tool {
+
+struct ConfigurationItem {
+    const Parameter* parameter;
+    Place place;
+    Value value;
+};
+
+/// Parameters of the device itself stand in [device], those of channels in [channel.N], others in a table of their
+/// own name with the places as keys.
+std::string configurationText(std::span<const ConfigurationItem> items);
+
+/// The items in the order in which they are to be written. Throws Failure with the line of a mistake.
+std::vector<ConfigurationItem> parseConfiguration(std::string_view text, const std::string& fileName);
+
+}  // namespace torvik::tool
