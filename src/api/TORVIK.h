@@ -1224,6 +1224,244 @@ int32_t TORVIKcalcSetDfilterParams(int32_t deviceNo, uint32_t filterNo, uint32_t
 int32_t TORVIKsimulateDfilter(int32_t deviceNo, int32_t mode, double f1, double f2, double fs, int32_t points,
                               const char* fileName);
 
+/* Six-axis calibration */
+
+/*
+ * A device keeps calibrations of six-axis sensors in numbered slots. Array codes: 1 output scale, 2 matrix (row
+ * after row), 3 geometric offsets X Y Z, 4 maximum of each output, 5 input scale, 6 zero signal of each input, 7
+ * format word, 8 matrix B, 9 and 10 its factor indices, 11 unit numbers, 12 date (year, month, day); bit 7 is
+ * passed on. Format word: low byte 0 a 6 x 6 matrix, 1 with matrix B, 2 other dimensions: inputs = (word >> 16) +
+ * 1, outputs = (word >> 12 & 15) + 1. While several elements are read or written, the value stream is stopped; the
+ * first element that fails ends the function, and the stream goes on.
+ */
+
+/*
+ * Reads one element of the selected slot.
+ *   deviceNo      in   device number 1..39
+ *   arrayCode     in   1..12, with or without bit 7
+ *   elementIndex  in   any
+ *   value         out  the value; null is refused
+ *   result        0 or -1
+ *   errors        0x30000100  device number above 39, arrayCode out of range, or value is null
+ *                 0x30000113  device not active
+ *   sends         0x47 with the bytes arrayCode, elementIndex
+ */
+int32_t TORVIKreadFTSensorCalValue(int32_t deviceNo, uint32_t arrayCode, uint8_t elementIndex, double* value);
+
+/*
+ * Selects the slot whose arrays are read next.
+ *   deviceNo  in   device number 1..39
+ *   slot      in   passed on as it is
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39
+ *             0x30000113  device not active
+ *   sends     0x7D with the byte slot
+ */
+int32_t TORVIKsetFTarrayToRead(int32_t deviceNo, uint8_t slot);
+
+/*
+ * Reads the sensor's serial number.
+ *   deviceNo  in   device number 1..39
+ *   calSlot   in   0..255: bits 0..6 the slot; bit 7 goes out as bit 7 of the serial number's array code
+ *   text      out  9 bytes: eight digits and a zero; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, calSlot above 255, or text is null
+ *             0x30000113  device not active
+ *             0x30000065  the device holds a number above 99999999
+ *   sends     0x7D with the slot (from firmware 0x0003000B on), then 0x47 with the bytes calSlot & 0x80, 0
+ */
+int32_t TORVIKreadFTSensorSerNo(int32_t deviceNo, uint32_t calSlot, char* text);
+
+/*
+ * Reads a calibration of a 6 x 6 sensor. What is not wanted may be null.
+ *   deviceNo    in   device number 1..39
+ *   calSlot     in   0..255: bits 0..6 the slot; bit 7 goes out as bit 7 of the serial number's array code
+ *   serialText  out  9 bytes
+ *   outScale    out  output scale factor
+ *   inScale     out  input scale factor
+ *   matrix      out  36 elements, row after row
+ *   offsets     out  3 geometric offsets
+ *   maxima      out  6 maximum values
+ *   result      0 or -1
+ *   errors      0x30000100  device number above 39, or calSlot above 255 with serialText
+ *               0x30000113  device not active
+ *               0x30000065  the device holds a serial number above 99999999
+ *   sends       the slot as TORVIKreadFTSensorSerNo, then 0x47 for each element
+ */
+int32_t TORVIKreadFTSensorCalArray(int32_t deviceNo, uint32_t calSlot, char* serialText, double* outScale,
+                                   double* inScale, double* matrix, double* offsets, double* maxima);
+
+/*
+ * Writes a calibration of a 6 x 6 sensor without storing it: TORVIKstoreFTSensorCal does.
+ *   deviceNo    in   device number 1..39
+ *   calSlot     in   0..255, otherwise not used
+ *   serialText  in   digits up to 99999999, other characters before them are passed over; a text without digits is 0;
+ *                    null is refused
+ *   outScale    in   not 0 and not smaller than single precision holds
+ *   inScale     in   as outScale
+ *   matrix      in   36 elements, row after row; null is refused
+ *   offsets     in   3 geometric offsets; null: zeros are written
+ *   maxima      in   6 maximum values; null is refused
+ *   result      0 or -1
+ *   errors      0x30000100  device number above 39, a null pointer, a scale factor too near to 0, calSlot above 255,
+ *                           or a serial number above 99999999
+ *               0x30000113  device not active
+ *   sends       0x48 for each element, the serial number last
+ */
+int32_t TORVIKwriteFTSensorCalArray(int32_t deviceNo, uint32_t calSlot, char* serialText, double outScale,
+                                    double inScale, double* matrix, double* offsets, double* maxima);
+
+/*
+ * Reads a calibration of any dimensions. What is not wanted may be null: call it first with matrixFormat alone, and
+ * then with arrays of the size that it tells (at most 256 elements).
+ *   deviceNo      in   device number 1..39
+ *   calSlot       in   0..255: bits 0..6 the slot; bit 7 goes out as bit 7 of the serial number's array code
+ *   serialText    out  9 bytes
+ *   scales        out  array of 2: output and input scale factor
+ *   matrix        out  inputs x outputs elements, row after row
+ *   offsets       out  3 geometric offsets
+ *   maxima        out  one maximum value for each output
+ *   zeroSignals   out  one for each input; not written by firmware below 0x0003002F
+ *   matrixFormat  out  format word; 0 for firmware below 0x0003002F
+ *   result        0 or -1
+ *   errors        0x30000100  device number above 39, or calSlot above 255 with serialText
+ *                 0x30000113  device not active
+ *                 0x30000065  the device holds a serial number above 99999999
+ *                 0x30000060  the device tells dimensions that no calibration can have
+ *   sends         the slot as TORVIKreadFTSensorSerNo, then 0x47 for each element; the input scale in any case
+ */
+int32_t TORVIKreadFTsensorCalArrayA(int32_t deviceNo, uint32_t calSlot, char* serialText, double* scales,
+                                    double* matrix, double* offsets, double* maxima, double* zeroSignals,
+                                    uint32_t* matrixFormat);
+
+/*
+ * Writes a calibration of the dimensions of its format word and stores it. Firmware below 0x0003002F takes 6 x 6
+ * only.
+ *   deviceNo      in   device number 1..39
+ *   calSlot       in   slot to store to; its low 8 bits are sent
+ *   serialText    in   as for TORVIKwriteFTSensorCalArray; null is refused
+ *   scales        in   array of 2: output and input scale factor, neither too near to 0; null is refused
+ *   matrix        in   inputs x outputs elements, row after row; null is refused
+ *   offsets       in   3 geometric offsets; null: zeros are written
+ *   maxima        in   one maximum value for each output; null is refused
+ *   zeroSignals   in   one for each input; null: zeros are written
+ *   matrixFormat  in   format word, 0 or above, of at most 256 elements
+ *   result        0 or -1
+ *   errors        0x30000100  device number above 39, a null pointer, a scale factor too near to 0, a serial number
+ *                             above 99999999, or a wrong format word
+ *                 0x30000113  device not active
+ *                 0x30000062  matrixFormat is not 0 and the firmware below 0x0003002F
+ *   sends         0x48 for each element, the serial number last, then 0x7F with the slot
+ */
+int32_t TORVIKwriteFTsensorCalArrayA(int32_t deviceNo, uint32_t calSlot, char* serialText, double* scales,
+                                     double* matrix, double* offsets, double* maxima, double* zeroSignals,
+                                     int32_t matrixFormat);
+
+/*
+ * Writes the extension of a calibration: format word, matrix B and the sensor's model name (from firmware
+ * 0x00030032 on).
+ *   deviceNo      in   device number 1..39
+ *   matrixFormat  in   format word, 0 or above
+ *   matrixB       in   36 elements; null: not written
+ *   facB1         in   6 indices 0..5; null: neither list is written
+ *   facB2         in   6 indices 0..5; null: neither list is written
+ *   model         in   up to 15 characters are taken; null: not written
+ *   result        0 or -1; when a model name is written, of its last part alone
+ *   errors        0x30000100  device number above 39, matrixFormat negative, or an index above 5
+ *                 0x30000113  device not active
+ *                 0x30000062  firmware below 0x0003002F
+ *   sends         0x48 for each element; 0x1C four times with a part 1..4 and 4 characters
+ */
+int32_t TORVIKwriteFTsensorCalArrExt(int32_t deviceNo, int32_t matrixFormat, double* matrixB, uint32_t* facB1,
+                                     uint32_t* facB2, char* model);
+
+/*
+ * Reads the extension of a calibration. Matrix B and its indices are read when the format word says that there is
+ * one and all three are wanted; the model name from firmware 0x00030032 on.
+ *   deviceNo      in   device number 1..39
+ *   matrixFormat  out  format word; null is refused
+ *   matrixB       out  36 elements; may be null
+ *   facB1         out  6 indices; may be null
+ *   facB2         out  6 indices; may be null
+ *   model         out  16 bytes; may be null
+ *   result        0 or -1
+ *   errors        0x30000100  device number above 39, or matrixFormat is null
+ *                 0x30000113  device not active
+ *                 0x30000062  firmware below 0x0003002F
+ *                 0x30000060  the device answered with no whole number or with a wrong part of the name
+ *   sends         0x47 for each element; 0x1B, which draws four answers
+ */
+int32_t TORVIKreadFTsensorCalArrExt(int32_t deviceNo, uint32_t* matrixFormat, double* matrixB, uint32_t* facB1,
+                                    uint32_t* facB2, char* model);
+
+/*
+ * Writes unit numbers and date of a calibration.
+ *   deviceNo  in   device number 1..39
+ *   units     in   6 unit numbers; null: not written
+ *   date      in   year, month, day; null: not written
+ *   info      in   array of 2: info[0] < 0 stores into the slot -info[0] - 1 at last; info[1] > 0 is written as the
+ *                  format word first; null: neither
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, or info[0] is no slot
+ *             0x30000113  device not active
+ *             0x30000062  firmware below 0x0003002F
+ *   sends     0x48 for each element; 0x7F with the slot
+ */
+int32_t TORVIKwriteFTsensorCalArrInfo(int32_t deviceNo, int32_t* units, int32_t* date, double* info);
+
+/*
+ * Stores the written arrays.
+ *   deviceNo  in   device number 1..39
+ *   slot      in   passed on as it is
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39
+ *             0x30000113  device not active
+ *   sends     0x7F with the byte slot
+ */
+int32_t TORVIKstoreFTSensorCal(int32_t deviceNo, uint8_t slot);
+
+/*
+ * Reads the calibration array number.
+ *   deviceNo  in   device number 1..39
+ *   ignored   in   any
+ *   out       out  3 bytes; a zero byte is the last that is written; null is refused
+ *   result    0 or -1; 0 also when out is null, and then nothing is sent
+ *   errors    0x30000100  device number above 39, or out is null
+ *             0x30000113  device not active
+ *   sends     0x54
+ */
+int32_t TORVIKgetFTSensorCalArrNo(int32_t deviceNo, uint32_t ignored, uint8_t* out);
+
+/*
+ * Sets the calibration array number.
+ *   deviceNo  in   device number 1..39
+ *   number    in   passed on as it is
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39
+ *             0x30000113  device not active
+ *   sends     0x55 with the byte number
+ */
+int32_t TORVIKsetFTSensorCalArrNo(int32_t deviceNo, uint8_t number);
+
+/*
+ * Reads a calibration file and the matrix files it names, and writes and stores what they say: extension (from
+ * firmware 0x0003002F on), date, units and the arrays. A file for a smaller sensor written to firmware below
+ * 0x0003002F fills a 6 x 6 matrix, which such a device takes for one: do not do that.
+ *   deviceNo  in   device number 1..39
+ *   calSlot   in   slot to store to; its low 8 bits are sent
+ *   path      in   the file, in the process's code page; null is refused
+ *   result    0 or -1
+ *   errors    0x30000100  device number above 39, path is null, a serial number above 99999999, or a factor index
+ *                         above 5
+ *             0x30000113  device not active
+ *             0x30000108  the file's content breaks a rule; nothing has been sent, unless it is a third unit text of
+ *                         its own
+ *             0x2.......  0x20000000 | the system's error code: a file cannot be read
+ *   sends     what TORVIKwriteFTsensorCalArrExt sends, 0x48 for date and units, 0x11, 0x12 and 0x10 for unit texts of
+ *             no table, what TORVIKwriteFTsensorCalArrayA sends
+ */
+int32_t TORVIKwriteFTSensorCalFromFile(int32_t deviceNo, uint32_t calSlot, const char* path);
+
 #ifdef __cplusplus
 }
 #endif

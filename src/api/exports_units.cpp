@@ -37,11 +37,6 @@ constexpr std::uint32_t lastUserText = 2;
 constexpr std::uint32_t tableUnitOnly = 16;
 constexpr std::uint32_t lastSetRequest = 18;
 
-// The unit numbers of the user texts 1 and 2.
-constexpr std::uint32_t unitOfUserText(std::uint32_t textNo) {
-    return 256 - textNo;
-}
-
 constexpr bool isReadChannel(std::uint32_t channel) {
     return channel >= 1 && channel <= lastReadChannel;
 }
@@ -118,6 +113,6 @@ int32_t TORVIKsetUnitText(int32_t deviceNo, uint32_t channel, int32_t unitTextMo
         }
         if (writeUserText(call.deviceNo(), textNo, text) != success) return failure;
         if (!call.active()) return failure;
-        return setUnit(call, channel, unitOfUserText(textNo));
+        return setUserTextUnit(call.deviceNo(), channel, textNo);
     });
 }

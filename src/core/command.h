@@ -31,6 +31,8 @@ enum class Command : std::uint8_t {
     writeCalibrationValue = 0x18,  // index, channel 0..7, float or 32 bits; acknowledged
     setIdentifier = 0x19,          // four bytes; acknowledged
     identifierState = 0x1A,        // no parameters; state in byte 2
+    readModelName = 0x1B,          // no parameters; four answers: part 1..4 in byte 2, four characters in 3..6
+    writeModelName = 0x1C,         // part 1..4, four characters; acknowledged
     getSerialNumber = 0x1F,        // no parameters; number in bytes 2..5
     setSerialNumber = 0x20,        // number as 32 bits; acknowledged
     stopTransmitting = 0x23,       // no parameters; acknowledged
@@ -47,6 +49,8 @@ enum class Command : std::uint8_t {
     clearMaximum = 0x3C,           // channel or 0; acknowledged
     protocolError = 0x42,          // index; code in bytes 2..5
     valueError = 0x43,             // index; six bytes 2..7
+    readCalElement = 0x47,         // array, element; value in bytes 2..5
+    writeCalElement = 0x48,        // array, element, value as 4 bytes; acknowledged
     channelCount = 0x49,           // 0: number of channels in byte 3; 1..16: mapping entry in bytes 2..3
     setTransmitMapping = 0x4A,     // entry, value as 16 bits; acknowledged
     getFilterType = 0x4B,          // filter, bank; type in byte 2
@@ -58,6 +62,8 @@ enum class Command : std::uint8_t {
     getFiltersOn = 0x51,           // no parameters; mask in bytes 2..5
     setFiltersOn = 0x52,           // mask as 32 bits; acknowledged
     maximumMinimum = 0x53,         // channel; two answers, a float in bytes 2..5 of the second
+    getCalArrayNumber = 0x54,      // no parameters; three bytes 2..4
+    setCalArrayNumber = 0x55,      // number; acknowledged
     readHours = 0x56,              // index; float in bytes 2..5
     writeHours = 0x57,             // float; acknowledged
     dataRateLimit = 0x63,          // 0 smallest, 1 largest; float in bytes 2..5
@@ -66,7 +72,9 @@ enum class Command : std::uint8_t {
     getCounterMode = 0x69,         // input and sub; value in bytes 2..5
     setCounterMode = 0x6A,         // input and sub, value as 32 bits; acknowledged
     resetDevice = 0x78,            // no parameters; no answer
+    selectCalSlot = 0x7D,          // slot; acknowledged
     storeFilter = 0x7E,            // two numbers; acknowledged
+    storeCalSlot = 0x7F,           // slot; acknowledged
     transmitMode = 0x80,           // index; mode in bytes 2..3
     setTransmitMode = 0x81,        // index, mode as 16 bits; acknowledged
     getFrequency = 0x8A,           // no parameters; float in bytes 2..5

@@ -63,4 +63,10 @@ std::int32_t writeUserText(std::uint8_t deviceNo, std::uint32_t textNo, std::str
     return expectAck(deviceNo);
 }
 
+std::int32_t setUserTextUnit(std::uint8_t deviceNo, std::uint32_t channel, std::uint32_t textNo) {
+    return acknowledge(
+        deviceNo, Command::setUnit,
+        Parameters().u8(static_cast<std::uint8_t>(channel)).u8(static_cast<std::uint8_t>(unitOfUserText(textNo))));
+}
+
 }  // namespace torvik

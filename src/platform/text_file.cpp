@@ -16,4 +16,19 @@ std::uint32_t TextFile::close() {
     return error_;
 }
 
+std::uint32_t readFile(const char* name, std::size_t limit, std::string& text) {
+    const File file(std::fopen(name, "rb"));
+    if (!file) return fileError();
+    constexpr std::size_t portion = 65536;
+    text.clear();
+    std::size_t got = portion;
+    while (got == portion && text.size() < limit) {
+        const std::size_t before = text.size();
+        text.resize(before + portion);
+        got = std::fread(text.data() + before, 1, portion, file.get());
+        text.resize(before + got);
+    }
+    return std::ferror(file.get()) != 0 ? fileError() : 0;
+}
+
 }  // namespace torvik::platform

@@ -11,7 +11,8 @@ import re
 import sys
 
 STANDS_ON = {
-    "api": {"api", "params", "filter", "core", "can", "platform"},
+    "api": {"api", "calib", "params", "filter", "core", "can", "platform"},
+    "calib": {"calib", "params", "core", "platform"},
     "filter": {"filter", "core", "platform"},
     "params": {"params", "core", "platform"},
     "core": {"core", "can", "platform"},

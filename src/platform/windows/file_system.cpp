@@ -3,6 +3,8 @@
 
 namespace torvik::platform {
 
+const char folderSeparator = '\\';
+
 std::uint32_t fileError() {
     const DWORD error = GetLastError();
     return error != 0 ? error : ERROR_WRITE_FAULT;

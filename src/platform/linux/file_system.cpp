@@ -4,6 +4,8 @@
 
 namespace torvik::platform {
 
+const char folderSeparator = '/';
+
 std::uint32_t fileError() {
     return errno != 0 ? static_cast<std::uint32_t>(errno) : EIO;
 }

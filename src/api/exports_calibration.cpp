@@ -1,0 +1,188 @@
+#include <cstdint>
+
+#include "api/TORVIK.h"
+#include "api/device_call.h"
+#include "calib/calibration_arrays.h"
+#include "calib/calibration_device.h"
+#include "calib/calibration_from_file.h"
+#include "params/convert_from_device.h"
+
+using namespace torvik;
+
+namespace {
+
+constexpr std::uint32_t slotLimit = 256;
+constexpr std::uint32_t arrayFlag = 0x80;
+
+bool supports(const DeviceCall& call, std::uint32_t firmware) {
+    if (call.record().firmwareVersion >= firmware) return true;
+    call.fail(error::firmwareUnsupported);
+    return false;
+}
+
+}  // namespace
+
+int32_t TORVIKreadFTSensorCalValue(int32_t deviceNo, uint32_t arrayCode, uint8_t elementIndex, double* value) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        const std::uint32_t array = arrayCode & ~arrayFlag;
+        if (!call.activeAnd(array >= 1 && array <= lastCalArray && value != nullptr)) return failure;
+        const auto element = readCalElement(call.deviceNo(), static_cast<std::uint8_t>(arrayCode), elementIndex);
+        if (!element) return failure;
+        *value = *element;
+        return success;
+    });
+}
+
+int32_t TORVIKsetFTarrayToRead(int32_t deviceNo, uint8_t slot) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(true)) return failure;
+        return selectCalSlot(call.deviceNo(), slot);
+    });
+}
+
+int32_t TORVIKreadFTSensorSerNo(int32_t deviceNo, uint32_t calSlot, char* text) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(calSlot < slotLimit && text != nullptr)) return failure;
+        return readSerialText(call.deviceNo(), calSlot, text);
+    });
+}
+
+int32_t TORVIKreadFTSensorCalArray(int32_t deviceNo, uint32_t calSlot, char* serialText, double* outScale,
+                                   double* inScale, double* matrix, double* offsets, double* maxima) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(true)) return failure;
+        return readStandardArrays(call.deviceNo(), calSlot,
+                                  {.serialText = serialText,
+                                   .outScale = outScale,
+                                   .inScale = inScale,
+                                   .matrix = matrix,
+                                   .offsets = offsets,
+                                   .maxima = maxima,
+                                   .zeroSignals = nullptr,
+                                   .formatWord = nullptr});
+    });
+}
+
+int32_t TORVIKwriteFTSensorCalArray(int32_t deviceNo, uint32_t calSlot, char* serialText, double outScale,
+                                    double inScale, double* matrix, double* offsets, double* maxima) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(serialText != nullptr && matrix != nullptr && maxima != nullptr &&
+                            !isTooSmallForScale(outScale) && !isTooSmallForScale(inScale) && calSlot < slotLimit))
+            return failure;
+        const auto serial = parseSerialText(serialText);
+        if (!call.argumentsValid(serial.has_value())) return failure;
+        return writeStandardArrays(call.deviceNo(), {.serial = *serial,
+                                                     .outScale = outScale,
+                                                     .inScale = inScale,
+                                                     .matrix = matrix,
+                                                     .offsets = offsets,
+                                                     .maxima = maxima,
+                                                     .zeroSignals = nullptr});
+    });
+}
+
+int32_t TORVIKreadFTsensorCalArrayA(int32_t deviceNo, uint32_t calSlot, char* serialText, double* scales,
+                                    double* matrix, double* offsets, double* maxima, double* zeroSignals,
+                                    uint32_t* matrixFormat) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(true)) return failure;
+        return readArrays(call.deviceNo(), calSlot,
+                          {.serialText = serialText,
+                           .outScale = scales,
+                           .inScale = scales == nullptr ? nullptr : scales + 1,
+                           .matrix = matrix,
+                           .offsets = offsets,
+                           .maxima = maxima,
+                           .zeroSignals = zeroSignals,
+                           .formatWord = matrixFormat});
+    });
+}
+
+int32_t TORVIKwriteFTsensorCalArrayA(int32_t deviceNo, uint32_t calSlot, char* serialText, double* scales,
+                                     double* matrix, double* offsets, double* maxima, double* zeroSignals,
+                                     int32_t matrixFormat) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(serialText != nullptr && matrix != nullptr && maxima != nullptr && scales != nullptr &&
+                            matrixFormat >= 0))
+            return failure;
+        if (!call.argumentsValid(!isTooSmallForScale(scales[0]) && !isTooSmallForScale(scales[1]))) return failure;
+        const auto serial = parseSerialText(serialText);
+        if (!call.argumentsValid(serial.has_value())) return failure;
+        if (matrixFormat != 0 && !supports(call, firmwareWithFormatWord)) return failure;
+        if (!call.argumentsValid(dimensionsOf(matrixFormat).addressable())) return failure;
+        const CalibrationArrays arrays{.serial = *serial,
+                                       .outScale = scales[0],
+                                       .inScale = scales[1],
+                                       .matrix = matrix,
+                                       .offsets = offsets,
+                                       .maxima = maxima,
+                                       .zeroSignals = zeroSignals};
+        return writeArrays(call.deviceNo(), static_cast<std::uint8_t>(calSlot), arrays, matrixFormat);
+    });
+}
+
+int32_t TORVIKwriteFTsensorCalArrExt(int32_t deviceNo, int32_t matrixFormat, double* matrixB, uint32_t* facB1,
+                                     uint32_t* facB2, char* model) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(true) || !supports(call, firmwareWithFormatWord)) return failure;
+        if (!call.argumentsValid(matrixFormat >= 0)) return failure;
+        return writeExtension(call.deviceNo(), matrixFormat,
+                              {.matrixB = matrixB, .firstFactors = facB1, .secondFactors = facB2, .model = model});
+    });
+}
+
+int32_t TORVIKreadFTsensorCalArrExt(int32_t deviceNo, uint32_t* matrixFormat, double* matrixB, uint32_t* facB1,
+                                    uint32_t* facB2, char* model) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(true) || !supports(call, firmwareWithFormatWord)) return failure;
+        if (!call.argumentsValid(matrixFormat != nullptr)) return failure;
+        return readExtension(call.deviceNo(), *matrixFormat,
+                             {.matrixB = matrixB, .firstFactors = facB1, .secondFactors = facB2, .model = model});
+    });
+}
+
+int32_t TORVIKwriteFTsensorCalArrInfo(int32_t deviceNo, int32_t* units, int32_t* date, double* info) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(true) || !supports(call, firmwareWithFormatWord)) return failure;
+        return writeInfo(call.deviceNo(), units, date, info);
+    });
+}
+
+int32_t TORVIKstoreFTSensorCal(int32_t deviceNo, uint8_t slot) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(true)) return failure;
+        return storeCalSlot(call.deviceNo(), slot);
+    });
+}
+
+int32_t TORVIKgetFTSensorCalArrNo(int32_t deviceNo, uint32_t ignored, uint8_t* out) {
+    static_cast<void>(ignored);
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(true)) return failure;
+        // Kept: a null pointer stores its code, and the result is that of a success.
+        if (!call.argumentsValid(out != nullptr)) return success;
+        const auto answer = call.ask(Command::getCalArrayNumber);
+        if (!answer) return failure;
+        constexpr std::int32_t length = 3;
+        convertFromDevice(static_cast<std::uint32_t>(DeviceNumber::text), out, answer->data().data(), length);
+        return success;
+    });
+}
+
+int32_t TORVIKsetFTSensorCalArrNo(int32_t deviceNo, uint8_t number) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.activeAnd(true)) return failure;
+        return call.acknowledge(Command::setCalArrayNumber, Parameters().u8(number));
+    });
+}
+
+int32_t TORVIKwriteFTSensorCalFromFile(int32_t deviceNo, uint32_t calSlot, const char* path) {
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!call.ready(path != nullptr)) return failure;
+        CalibrationFile calibration;
+        const bool extended = call.record().firmwareVersion >= firmwareWithFormatWord;
+        const std::uint32_t code = readCalibrationFile(path, extended, calibration);
+        if (code != error::none) return call.fail(code);
+        return writeCalibration(call.deviceNo(), static_cast<std::uint8_t>(calSlot), calibration);
+    });
+}

@@ -1,0 +1,51 @@
+// Reader of calibration files: sections in brackets, and lines with key and value in them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace torvik {
+
+// The lines of a text as the reading format "%127[^\n]\n" delivers them: at most 127 characters, white space behind a
+// line is passed over, and the rest of a longer line is the next one. Line ends may be LF or CR LF.
+class LineReader {
+  public:
+    explicit LineReader(std::string_view text) : rest_(text) {}
+
+    // The next line up to its first zero byte. Nothing: the text has ended.
+    std::optional<std::string_view> next();
+
+  private:
+    std::string_view rest_;
+};
+
+// Every look-up starts at the beginning of the text and gives up after 200,000 lines. Section names and keys are
+// compared exactly; of a section that stands twice, the first counts.
+class UCFparser {
+  public:
+    static constexpr std::uint32_t windows1252 = 1252;
+    static constexpr std::uint32_t plainAscii = 1;
+
+    // Strings are converted from Windows-1252 into the code page; 1: bytes above 0x7F are replaced by look-alikes.
+    explicit UCFparser(std::string text, std::uint32_t codePage = windows1252);
+    UCFparser(const UCFparser&) = delete;
+    UCFparser& operator=(const UCFparser&) = delete;
+    virtual ~UCFparser() = default;
+
+    // -1: missing or no whole number.
+    std::int32_t integer(std::string_view section, std::string_view key) const;
+    // -1e10: missing or no number.
+    double real(std::string_view section, std::string_view key) const;
+    // Nothing: missing, or its quotes do not end, or it cannot be converted.
+    std::optional<std::string> string(std::string_view section, std::string_view key) const;
+
+  private:
+    std::optional<std::string_view> value(std::string_view section, std::string_view key) const;
+
+    std::string text_;
+    std::uint32_t codePage_;
+};
+
+}  // namespace torvik
