@@ -16,6 +16,12 @@ namespace torvik {
 inline constexpr std::int32_t success = 0;
 inline constexpr std::int32_t failure = -1;
 
+// Channels as callers count them. Many setters take 0 as well, which the device interprets.
+inline constexpr std::uint32_t lastChannel = channelLimit;
+constexpr bool isChannel(std::uint32_t channel) {
+    return channel >= 1 && channel <= lastChannel;
+}
+
 class DeviceCall {
   public:
     explicit DeviceCall(std::uint8_t deviceNo) : deviceNo_(deviceNo) {}

@@ -29,10 +29,6 @@ bool isFilterNo(std::uint32_t filterNo) {
     return filterNo >= 1 && filterNo <= highestFilterNo;
 }
 
-Parameters filterAnd(std::uint32_t filterNo, std::uint32_t second) {
-    return Parameters().u8(static_cast<std::uint8_t>(filterNo)).u8(static_cast<std::uint8_t>(second));
-}
-
 // Comparisons that a NaN fails, without a floating-point exception.
 bool isPositive(double value) {
     return !isNan(value) && value > 0;
@@ -72,7 +68,7 @@ std::optional<double> samplingFrequency(const DeviceCall& call) {
 // Takes a cut-off frequency of a device's filter. Result: 0, 255 refused, -1 no answer.
 std::int32_t readCutoff(const DeviceCall& call, std::uint32_t filterNo, std::uint32_t index, double fs,
                         double& cutoff) {
-    const auto answer = exchangeAnswer(call.deviceNo(), Command::getFilterCutoff, filterAnd(filterNo, index));
+    const auto answer = exchangeAnswer(call.deviceNo(), Command::getFilterCutoff, filterParameters(filterNo, index));
     if (!answer) return failure;
     if (answer->refused()) {
         call.fail(answer->status());
@@ -91,7 +87,7 @@ Reading readCoefficients(const DeviceCall& call, std::uint32_t filterNo, std::ui
                          std::span<double> coefficients) {
     Reading last = Reading::taken;
     for (std::size_t i = 0; i < coefficients.size(); ++i) {
-        const Parameters parameters = filterAnd(filterNo, firstIndex + static_cast<std::uint32_t>(i));
+        const Parameters parameters = filterParameters(filterNo, firstIndex + static_cast<std::uint32_t>(i));
         if (sendCommand(call.deviceNo(), Command::getFilterCoefficient, parameters.bytes()) != 0) return Reading::ended;
         // Kept: a coefficient that does not come is left out, and the next one asked for.
         const auto answer = takeAnswer(call.deviceNo());
@@ -191,7 +187,7 @@ int32_t TORVIKgetDfilterInfo(int32_t deviceNo, uint32_t filterNo, int32_t flags,
         const auto fs = samplingFrequency(call);
         if (!fs) return failure;
         const std::uint32_t bank = static_cast<std::uint32_t>(flags) & firBank;
-        if (sendCommand(call.deviceNo(), Command::getFilterType, filterAnd(filterNo, bank).bytes()) != 0)
+        if (sendCommand(call.deviceNo(), Command::getFilterType, filterParameters(filterNo, bank).bytes()) != 0)
             return failure;
         // Kept: without an answer it goes on with the type that the caller's variable holds.
         if (const auto answer = takeAnswer(call.deviceNo())) {
@@ -212,7 +208,7 @@ int32_t TORVIKgetDigiFiltType(int32_t deviceNo, uint32_t filterNo, int8_t flags,
         if (!call.ready(isFilterNo(filterNo) && type != nullptr)) return failure;
         const std::uint32_t bank = static_cast<std::uint32_t>(flags) & firBank;
         // Kept: what comes is never delivered.
-        if (call.ask(Command::getFilterType, filterAnd(filterNo, bank))) call.fail(error::internalCallFailed);
+        if (call.ask(Command::getFilterType, filterParameters(filterNo, bank))) call.fail(error::internalCallFailed);
         return failure;
     });
 }
@@ -242,7 +238,7 @@ int32_t TORVIKgetDfilterCoeff(int32_t deviceNo, int32_t filterNo, uint32_t flags
 int32_t TORVIKstoreDigitalFilter(int32_t deviceNo, uint32_t a, uint32_t b) {
     return deviceCall(deviceNo, [&](const DeviceCall& call) {
         if (!call.ready(a <= highestFilterNo && b <= highestFilterNo)) return failure;
-        return call.acknowledge(Command::storeFilter, filterAnd(a, b));
+        return call.acknowledge(Command::storeFilter, filterParameters(a, b));
     });
 }
 

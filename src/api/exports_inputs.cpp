@@ -15,15 +15,10 @@ using namespace torvik;
 
 namespace {
 
-constexpr std::uint32_t lastChannel = 8;
 constexpr std::uint32_t lastRangeEntry = 5;
 constexpr std::uint32_t lastCalibrationIndex = 48;
 constexpr std::uint32_t lastCalibrationChannel = 7;
 constexpr double epsilon = std::numeric_limits<double>::epsilon();
-
-constexpr bool isChannel(std::uint32_t channel) {
-    return channel >= 1 && channel <= lastChannel;
-}
 
 Parameters calibrationValue(std::uint32_t index, std::uint32_t channel) {
     return Parameters().u8(static_cast<std::uint8_t>(index)).u8(static_cast<std::uint8_t>(channel));

@@ -8,13 +8,6 @@ using namespace torvik;
 
 namespace {
 
-constexpr std::uint32_t lastChannel = 8;
-
-// Reading names one channel; writing takes 0 as well, which means what the device makes of it.
-constexpr bool isChannel(std::uint32_t channel) {
-    return channel >= 1 && channel <= lastChannel;
-}
-
 Parameters selecting(std::uint32_t channel) {
     return Parameters().u8(static_cast<std::uint8_t>(channel));
 }

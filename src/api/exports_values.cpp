@@ -8,7 +8,6 @@ using namespace torvik;
 
 namespace {
 
-constexpr std::uint32_t lastChannel = 8;
 constexpr std::uint32_t lastBlockChannel = 7;  // channel 8 cannot be read in blocks: kept
 constexpr std::uint32_t lastCountedChannel = 9;
 

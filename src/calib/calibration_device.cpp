@@ -53,16 +53,20 @@ std::int32_t writeCalElement(std::uint8_t deviceNo, std::uint32_t arrayCode, std
     return acknowledge(deviceNo, Command::writeCalElement, elementOf(arrayCode, elementIndex).f32(value));
 }
 
+std::int32_t writeCalElement(std::uint8_t deviceNo, CalArray array, std::size_t elementIndex, double value) {
+    return writeCalElement(deviceNo, std::uint32_t{codeOf(array)}, static_cast<std::uint32_t>(elementIndex), value);
+}
+
 std::int32_t writeCalElements(std::uint8_t deviceNo, CalArray array, std::span<const double> values) {
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (writeCalElement(deviceNo, codeOf(array), static_cast<std::uint32_t>(i), values[i]) == -1) return -1;
+        if (writeCalElement(deviceNo, array, i, values[i]) == -1) return -1;
     }
     return 0;
 }
 
 std::int32_t clearCalElements(std::uint8_t deviceNo, CalArray array, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        if (writeCalElement(deviceNo, codeOf(array), static_cast<std::uint32_t>(i), 0.0) == -1) return -1;
+        if (writeCalElement(deviceNo, array, i, 0.0) == -1) return -1;
     }
     return 0;
 }

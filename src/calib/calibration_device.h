@@ -32,6 +32,8 @@ void startStream(DeviceRecord& record, std::uint8_t deviceNo);
 // callers go on with the next element. Result: 0; -1 with lastError set.
 std::int32_t writeCalElement(std::uint8_t deviceNo, std::uint32_t arrayCode, std::uint32_t elementIndex, double value);
 
+std::int32_t writeCalElement(std::uint8_t deviceNo, CalArray array, std::size_t elementIndex, double value);
+
 // Writes one element after the other from index 0 on. Result: 0; -1 after the first that failed.
 std::int32_t writeCalElements(std::uint8_t deviceNo, CalArray array, std::span<const double> values);
 

@@ -19,12 +19,8 @@ constexpr std::size_t partSize = modelNameSize / modelParts;
 
 using ModelName = std::array<char, modelNameSize>;
 
-std::int32_t writeElement(std::uint8_t deviceNo, CalArray array, std::size_t index, double value) {
-    return writeCalElement(deviceNo, static_cast<std::uint32_t>(array), static_cast<std::uint32_t>(index), value);
-}
-
 bool writeFactor(std::uint8_t deviceNo, CalArray array, std::size_t index, std::uint32_t factor) {
-    if (factor <= highestFactor) return writeElement(deviceNo, array, index, factor) == 0;
+    if (factor <= highestFactor) return writeCalElement(deviceNo, array, index, factor) == 0;
     setError(deviceNo, error::parameterExceedance);
     return false;
 }
@@ -114,7 +110,7 @@ std::optional<InfoRequest> requestOf(const double* info) {
 
 bool writeNumbers(std::uint8_t deviceNo, CalArray array, std::span<const std::int32_t> numbers) {
     for (std::size_t i = 0; i < numbers.size(); ++i) {
-        if (writeElement(deviceNo, array, i, numbers[i]) == -1) return false;
+        if (writeCalElement(deviceNo, array, i, numbers[i]) == -1) return false;
     }
     return true;
 }
@@ -124,7 +120,7 @@ bool writeNumbers(std::uint8_t deviceNo, CalArray array, std::span<const std::in
 std::int32_t writeExtension(std::uint8_t deviceNo, std::int32_t formatWord, const ExtensionArrays& arrays) {
     DeviceRecord& record = deviceRecord(deviceNo);
     const StreamPause pause(record, deviceNo);
-    if (writeElement(deviceNo, CalArray::format, 0, formatWord) == -1) return -1;
+    if (writeCalElement(deviceNo, CalArray::format, 0, formatWord) == -1) return -1;
     if (arrays.matrixB != nullptr &&
         writeCalElements(deviceNo, CalArray::matrixB, {arrays.matrixB, standardElements}) == -1)
         return -1;
@@ -161,7 +157,7 @@ std::int32_t writeInfo(std::uint8_t deviceNo, const std::int32_t* units, const s
         return -1;
     }
     DeviceRecord& record = deviceRecord(deviceNo);
-    bool complete = !request->formatWord || writeElement(deviceNo, CalArray::format, 0, *request->formatWord) != -1;
+    bool complete = !request->formatWord || writeCalElement(deviceNo, CalArray::format, 0, *request->formatWord) != -1;
     const bool wasTransmitting = record.transmitting;
     if (complete && units != nullptr) {
         if (wasTransmitting) stopStream(record, deviceNo);

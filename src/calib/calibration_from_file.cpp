@@ -16,10 +16,6 @@ namespace {
 constexpr std::size_t userTexts = 2;
 constexpr std::size_t longestUnitText = 10;
 
-std::int32_t writeElement(std::uint8_t deviceNo, CalArray array, std::size_t index, double value) {
-    return writeCalElement(deviceNo, static_cast<std::uint32_t>(array), static_cast<std::uint32_t>(index), value);
-}
-
 std::int32_t writeFileExtension(std::uint8_t deviceNo, const CalibrationFile& calibration) {
     ExtensionArrays arrays;
     if (calibration.model) arrays.model = calibration.model->c_str();
@@ -34,7 +30,7 @@ std::int32_t writeFileExtension(std::uint8_t deviceNo, const CalibrationFile& ca
 std::int32_t writeDate(std::uint8_t deviceNo, const CalibrationDate& date) {
     const std::int32_t numbers[] = {date.year, date.month, date.day};
     for (std::size_t i = 0; i < std::size(numbers); ++i) {
-        if (writeElement(deviceNo, CalArray::date, i, numbers[i]) == -1) return -1;
+        if (writeCalElement(deviceNo, CalArray::date, i, numbers[i]) == -1) return -1;
     }
     return 0;
 }
@@ -48,7 +44,7 @@ class UnitWriter {
     std::int32_t write(std::size_t output, const std::string& text) {
         auto unitNo = findUnit(text, charset::ascii);
         if (!unitNo) unitNo = userUnit(output, text);
-        return unitNo ? writeElement(deviceNo_, CalArray::units, output, *unitNo) : -1;
+        return unitNo ? writeCalElement(deviceNo_, CalArray::units, output, *unitNo) : -1;
     }
 
   private:

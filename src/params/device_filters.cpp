@@ -16,12 +16,8 @@ constexpr std::uint32_t signBit = 0x80000000;
 constexpr std::uint32_t yCoefficient = 0x10;
 constexpr std::uint8_t presentSet = 0;
 
-Parameters filterAnd(std::uint32_t filterNo, std::uint32_t second) {
-    return Parameters().u8(static_cast<std::uint8_t>(filterNo)).u8(static_cast<std::uint8_t>(second));
-}
-
 bool setCutoff(std::uint8_t deviceNo, std::uint32_t filterNo, std::uint32_t index, double cutoff) {
-    return acknowledge(deviceNo, Command::setFilterCutoff, filterAnd(filterNo, index).f32(cutoff)) == 0;
+    return acknowledge(deviceNo, Command::setFilterCutoff, filterParameters(filterNo, index).f32(cutoff)) == 0;
 }
 
 bool setCoefficients(std::uint8_t deviceNo, std::uint32_t filterNo, std::uint32_t firstIndex,
@@ -29,13 +25,17 @@ bool setCoefficients(std::uint8_t deviceNo, std::uint32_t filterNo, std::uint32_
     for (std::size_t i = 0; i < coefficients.size(); ++i) {
         const auto index = firstIndex + static_cast<std::uint32_t>(i);
         const std::uint32_t word = encodeCoefficient(coefficients[i], libraryState.protocolKind);
-        if (acknowledge(deviceNo, Command::setFilterCoefficient, filterAnd(filterNo, index).u32(word)) != 0)
+        if (acknowledge(deviceNo, Command::setFilterCoefficient, filterParameters(filterNo, index).u32(word)) != 0)
             return false;
     }
     return true;
 }
 
 }  // namespace
+
+Parameters filterParameters(std::uint32_t filterNo, std::uint32_t second) {
+    return Parameters().u8(static_cast<std::uint8_t>(filterNo)).u8(static_cast<std::uint8_t>(second));
+}
 
 std::uint32_t filterBit(std::uint32_t filterNo, bool fir) {
     // Kept: of the IIR bank filter 0 means six filters and not eight.
@@ -66,7 +66,7 @@ std::int32_t loadFilter(std::uint8_t deviceNo, std::uint32_t filterNo, std::int3
     const auto word = static_cast<std::uint32_t>(type);
     const std::size_t order = word & filter_type::orderMask;
     const bool fir = type < 0;
-    if (acknowledge(deviceNo, Command::setFilterType, filterAnd(filterNo, word & 0xFF)) != 0) return -1;
+    if (acknowledge(deviceNo, Command::setFilterType, filterParameters(filterNo, word & 0xFF)) != 0) return -1;
     if (!setCutoff(deviceNo, filterNo, 0, cutoffs[0])) return -1;
     if (filter_type::isBand(word) && !setCutoff(deviceNo, filterNo, 1, cutoffs[1])) return -1;
     if (!setCoefficients(deviceNo, filterNo, fir ? firBank : 0, {x, order + 1})) return -1;

@@ -25,6 +25,9 @@ constexpr bool isBand(std::uint32_t type) {
 }
 }  // namespace filter_type
 
+// The two bytes that most filter commands begin with: the filter and an index, type or bank.
+Parameters filterParameters(std::uint32_t filterNo, std::uint32_t second);
+
 // The bit of one filter in the on/off mask; filter 0 means several.
 std::uint32_t filterBit(std::uint32_t filterNo, bool fir);
 
