@@ -32,14 +32,6 @@ void replaceAnswer(std::uint8_t command, std::span<const std::uint8_t> statusAnd
     virtualAnswerRule(amplifier, command, VIRTUAL_ANSWER_REPLACE, 1, 0, bytes.data());
 }
 
-// Answers that a single command draws are put on the bus beforehand: a replaced answer would be the only one.
-void pushAnswer(std::uint8_t command, std::span<const std::uint8_t> statusAndData) {
-    virtualAnswerRule(amplifier, command, VIRTUAL_ANSWER_DROP, VIRTUAL_FOR_EVER, 0, nullptr);
-    VirtualFrame frame{answerId, 0, 8, {answerHeader}};
-    std::ranges::copy(statusAndData, frame.data + 1);
-    ASSERT_EQ(virtualPushFrames(&frame, 1), 1U);
-}
-
 }  // namespace
 
 void ParamsBench::SetUp() {
@@ -72,16 +64,27 @@ void ParamsBench::activateAs(const AmplifierTraits& traits) {
 
 void ParamsBench::script(std::span<const Answer> answers) {
     virtualClearAnswerRules();
-    std::uint32_t pushed = 0;
     for (const Answer& answer : answers) {
         if (drawsTwoAnswers(answer.command)) {
-            pushAnswer(answer.command, answer.statusAndData);
-            ++pushed;
+            // A replaced answer would be the only one: both are put on the bus beforehand.
+            silence(answer.command);
+            arrive(answer.statusAndData);
         } else {
             replaceAnswer(answer.command, answer.statusAndData);
         }
     }
-    while (record().answerCount < pushed)
+}
+
+void ParamsBench::silence(std::uint8_t command) {
+    drop(command);
+}
+
+void ParamsBench::arrive(std::span<const std::uint8_t> statusAndData) {
+    const std::uint32_t waiting = record().answerCount;
+    VirtualFrame frame{answerId, 0, 8, {answerHeader}};
+    std::ranges::copy(statusAndData, frame.data + 1);
+    push({frame});
+    while (record().answerCount == waiting)
         std::this_thread::yield();
 }
 

@@ -35,6 +35,16 @@ class ParamsBench : public Bench {
     static void script(std::span<const Answer> answers);
     static void script(std::initializer_list<Answer> answers) { script(std::span(answers)); }
 
+    // The amplifier's own answers to a command no longer arrive, only what a test lets arrive.
+    static void silence(std::uint8_t command);
+
+    // An answer comes from the bus; returns when it waits to be taken.
+    static void arrive(std::span<const std::uint8_t> statusAndData);
+    static void arrive(std::initializer_list<std::uint8_t> statusAndData) { arrive(std::span(statusAndData)); }
+
+    // Lets `skip` frames through and then fails the writing of one.
+    static void failWriteAfter(std::uint32_t skip) { virtualFailCalls(VIRTUAL_WRITE, 0x80, skip, 1); }
+
     // Runs `call` and lets its pauses pass. The wait for an answer ends only when the answer was dropped.
     template <class Function>
     auto run(Function call) {
