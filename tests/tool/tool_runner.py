@@ -22,7 +22,7 @@ ADAPTER_LIBRARY = "PCANBasic.dll" if ON_WINDOWS else "libpcanbasic.so"
 
 only_linux = unittest.skipIf(ON_WINDOWS, "needs Linux's terminals and devices")
 
-SUCCESS, CODE_UNKNOWN, USAGE, NO_ADAPTER, DEVICE_FAILED, STREAM_FAILED, OUTPUT_FAILED = range(7)
+SUCCESS, CODE_UNKNOWN, USAGE, NO_ADAPTER, DEVICE_FAILED, STREAM_FAILED, OUTPUT_FAILED, DIFFERS = range(8)
 INTERRUPTED = 130
 
 
@@ -73,11 +73,15 @@ class ToolTest(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
 
-    def bench(self, text):
-        """The path of a bench file with this text, as the tool takes it."""
-        path = self.folder / "bench.toml"
-        path.write_text(text)
+    def path(self, name):
+        """The path of a file in the test's folder, as the tool takes it."""
+        path = self.folder / name
         return f"Z:{path}" if ON_WINDOWS else str(path)
+
+    def bench(self, text):
+        """The path of a bench file with this text."""
+        (self.folder / "bench.toml").write_text(text)
+        return self.path("bench.toml")
 
     def assert_ended(self, result, code):
         self.assertEqual(result.returncode, code, f"stdout:\n{result.stdout}\nstderr:\n{result.stderr}")
