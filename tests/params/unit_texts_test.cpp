@@ -45,22 +45,10 @@ constexpr std::array<UnitRow, 47> table = {{
     same("m", u"m"),
     same("cNm", u"cNm"),
     same("Nm", u"Nm"),
-    {"\xB0"
-     "C",
-     "C",
-     "\xF8"
-     "C",
-     "\xC2\xB0"
-     "C",
-     u"\x0B0C"},
-    {"\xB0"
-     "F",
-     "F",
-     "\xF8"
-     "F",
-     "\xC2\xB0"
-     "F",
-     u"\x0B0F"},
+    // clang-format off
+    {"\xB0" "C", "C", "\xF8" "C", "\xC2\xB0" "C", u"\x0B0C"},
+    {"\xB0" "F", "F", "\xF8" "F", "\xC2\xB0" "F", u"\x0B0F"},
+    // clang-format on
     same("K", u"K"),
     same("oztr", u"oztr"),
     same("dwt", u"dwt"),
