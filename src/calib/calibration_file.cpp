@@ -36,10 +36,9 @@ void require(bool condition) {
     if (!condition) throw ReadingFailure{error::fileContent};
 }
 
-std::string readText(const std::string& path) {
+std::string readText(const FileReader& files, const std::string& path) {
     std::string text;
-    if (const std::uint32_t code = platform::readFile(path.c_str(), fileLimit, text); code != 0)
-        throw ReadingFailure{code | systemErrorMark};
+    if (const std::uint32_t code = files(path, text); code != 0) throw ReadingFailure{code | systemErrorMark};
     return text;
 }
 
@@ -68,8 +67,7 @@ void readRow(std::string_view line, std::span<double> row) {
 }
 
 // Every line counts as a row.
-void readMatrix(const std::string& path, const CalDimensions& size, std::span<double> matrix) {
-    const std::string text = readText(path);
+void readMatrix(std::string_view text, const CalDimensions& size, std::span<double> matrix) {
     LineReader lines(text);
     for (std::size_t row = 0; row < size.outputs; ++row) {
         const auto line = lines.next();
@@ -96,8 +94,8 @@ std::optional<CalibrationDate> parseDate(std::string_view text) {
 
 class Reading {
   public:
-    Reading(const char* path, CalibrationFile& calibration)
-        : file_(readText(path)), folder_(folderOf(path)), calibration_(calibration) {}
+    Reading(const char* path, CalibrationFile& calibration, const FileReader& files)
+        : files_(files), file_(readText(files, path)), folder_(folderOf(path)), calibration_(calibration) {}
 
     void read(bool extended) {
         readVersion();
@@ -110,7 +108,7 @@ class Reading {
         readMaxima();
         readZeroSignals();
         readOffsets();
-        readMatrix(folder_ + *matrixName, calibration_.size, calibration_.matrix);
+        readMatrix(readText(files_, folder_ + *matrixName), calibration_.size, calibration_.matrix);
         if (extended && calibration_.version >= 4) readExtension();
         if (const auto text = file_.string(sensor, "calibrationDate")) calibration_.date = parseDate(*text);
         if (calibration_.version >= 3) readUnits();
@@ -178,7 +176,7 @@ class Reading {
         const auto name = file_.string("Matrix_B", "MatrixB");
         if (!name || name->size() < shortestFileName) return;
         MatrixB& matrixB = calibration_.matrixB.emplace();
-        readMatrix(folder_ + *name, {}, matrixB.elements);
+        readMatrix(readText(files_, folder_ + *name), {}, matrixB.elements);
         readFactors("FacB1_", matrixB.firstFactors);
         readFactors("FacB2_", matrixB.secondFactors);
     }
@@ -202,6 +200,7 @@ class Reading {
         }
     }
 
+    const FileReader& files_;
     UCFparser file_;
     std::string folder_;
     CalibrationFile& calibration_;
@@ -217,8 +216,15 @@ std::int32_t CalibrationFile::formatWord() const {
     return matrixB ? format_type::withMatrixB : format_type::standard;
 }
 
-std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFile& calibration) try {
-    Reading(path, calibration).read(extended);
+std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFile& calibration) {
+    return readCalibrationFile(path, extended, calibration, [](const std::string& name, std::string& text) {
+        return platform::readFile(name.c_str(), fileLimit, text);
+    });
+}
+
+std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFile& calibration,
+                                  const FileReader& files) try {
+    Reading(path, calibration, files).read(extended);
     return error::none;
 } catch (const ReadingFailure& failure) {
     return failure.code;

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -53,5 +54,10 @@ struct CalibrationFile {
 // with a format word take, model name and matrix B. Result: 0; 0x30000108 the content breaks a rule; the system's code
 // | 0x20000000 a file cannot be read.
 std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFile& calibration);
+
+// The same with the files' texts from elsewhere. `files` delivers the text behind a path; result: 0 or a system code.
+using FileReader = std::function<std::uint32_t(const std::string& path, std::string& text)>;
+std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFile& calibration,
+                                  const FileReader& files);
 
 }  // namespace torvik

@@ -86,7 +86,8 @@ std::int32_t parseInteger(std::string_view value) {
     if (text.empty() || text.size() > mostDigits || !std::ranges::all_of(text, isDigit)) return noInteger;
     std::int64_t number = 0;
     std::from_chars(text.data(), text.data() + text.size(), number);
-    return number <= std::numeric_limits<std::int32_t>::max() ? static_cast<std::int32_t>(number) : noInteger;
+    // Kept: a number that is too large becomes the largest, and so never passes for a missing one.
+    return static_cast<std::int32_t>(std::min<std::int64_t>(number, std::numeric_limits<std::int32_t>::max()));
 }
 
 double parseReal(std::string_view value) {

@@ -11,8 +11,8 @@ namespace torvik {
 inline constexpr std::int32_t noInteger = -1;
 inline constexpr double noReal = -1e10;
 
-// A whole value: blanks, tabs and line ends are passed over; 1 to 10 digits, at most 2147483647, without a sign.
-// Anything else gives noInteger.
+// A whole value: blanks, tabs and line ends are passed over; 1 to 10 digits without a sign; above 2147483647 it
+// counts as that. Anything else gives noInteger.
 std::int32_t parseInteger(std::string_view value);
 
 // A whole value: blanks, tabs and line ends are passed over; a decimal comma is a decimal point; D and d read like E.
