@@ -113,8 +113,24 @@ struct SetRequest {
     Value value;
 };
 
-bool hasAllSelector(const Parameter& parameter) {
-    return parameter.places.channels() && !parameter.places.paired();
+std::string_view orAll(const Parameter& parameter) {
+    return parameter.places.oneForEachChannel() ? ", or 'all'" : "";
+}
+
+void checkWordCount(const Parameter& parameter, std::size_t count) {
+    const bool single = parameter.places.single();
+    if (count == (single ? 2U : 3U)) return;
+    failUsage(fmt::format("setting {}", parameter.name),
+              single ? "it takes a value and no channel" : "it takes a place and a value",
+              single ? fmt::format("torvik set {} VALUE", parameter.name)
+                     : fmt::format("torvik set {} PLACE VALUE, where the place is {}{}", parameter.name,
+                                   allowedPlaces(parameter.places), orAll(parameter)));
+}
+
+Place placeToSet(const Parameter& parameter, const std::string& text) {
+    if (parameter.places.single()) return {};
+    if (parameter.places.oneForEachChannel() && text == allChannels) return everyChannelAtOnce;
+    return placeNamed("setting", parameter, text, orAll(parameter));
 }
 
 SetRequest parseSet(const std::vector<std::string>& words) {
@@ -123,20 +139,8 @@ SetRequest parseSet(const std::vector<std::string>& words) {
     if (parameter.write == nullptr) {
         failUsage(tried, "it can only be read", fmt::format("torvik get {}", parameter.name));
     }
-    const bool single = parameter.places.single();
-    if (words.size() != (single ? 2U : 3U)) {
-        failUsage(tried, single ? "it takes a value and no channel" : "it takes a place and a value",
-                  single ? fmt::format("torvik set {} VALUE", parameter.name)
-                         : fmt::format("torvik set {} {} VALUE, where the place is {}{}", parameter.name,
-                                       hasAllSelector(parameter) ? "CHANNEL" : "PLACE", allowedPlaces(parameter.places),
-                                       hasAllSelector(parameter) ? ", or 'all'" : ""));
-    }
-    Place place;
-    if (!single) {
-        const bool all = hasAllSelector(parameter) && words[1] == allChannels;
-        place = all ? everyChannelAtOnce
-                    : placeNamed("setting", parameter, words[1], hasAllSelector(parameter) ? ", or 'all'" : "");
-    }
+    checkWordCount(parameter, words.size());
+    const Place place = placeToSet(parameter, words[1]);
     const auto value = parseValue(parameter.kind, parameter.limits, words.back());
     if (!value) {
         failUsage(tried, fmt::format("'{}' is no value for it", words.back()),
@@ -148,7 +152,7 @@ SetRequest parseSet(const std::vector<std::string>& words) {
 /// A place that cannot be read is told; one that reads differently is a failure.
 void verifySet(const Connection& connection, const SetRequest& request) {
     const Parameter& parameter = *request.parameter;
-    const bool all = hasAllSelector(parameter) && request.place == everyChannelAtOnce;
+    const bool all = parameter.places.oneForEachChannel() && request.place == everyChannelAtOnce;
     const auto places = all ? placesOf(parameter.places, channelsOf(connection)) : std::vector<Place>{request.place};
     for (const PlaceReading& reading : readPlaces(connection, parameter, places).places) {
         if (!reading.value) {

@@ -43,13 +43,13 @@ std::string tomlValue(const ConfigurationItem& item) {
 std::string tableOf(const ConfigurationItem& item) {
     const PlaceRange& range = item.parameter->places;
     if (range.single()) return std::string(deviceTable);
-    if (range.channels() && !range.paired()) return fmt::format("{}.{}", channelTables, item.place.major);
+    if (range.oneForEachChannel()) return fmt::format("{}.{}", channelTables, item.place.major);
     return std::string(item.parameter->name);
 }
 
 std::string keyOf(const ConfigurationItem& item) {
     const PlaceRange& range = item.parameter->places;
-    if (range.single() || (range.channels() && !range.paired())) return std::string(item.parameter->name);
+    if (range.single() || (range.oneForEachChannel())) return std::string(item.parameter->name);
     const std::string place = placeText(range, item.place);
     return range.paired() ? quotedToml(place) : place;
 }
@@ -98,7 +98,7 @@ class ConfigurationReader {
     void readParameters(const toml::table& table, std::string_view channel) {
         for (const auto& [key, node] : table) {
             const Parameter& parameter = parameterOf(key);
-            const bool wantsChannel = parameter.places.channels() && !parameter.places.paired();
+            const bool wantsChannel = parameter.places.oneForEachChannel();
             if (channel.empty() ? !parameter.places.single() : !wantsChannel) {
                 fail(key.source(), fmt::format("\"{}\" does not belong into this table", key.str()));
             }

@@ -52,7 +52,7 @@ WriteResult writeCanSetting(std::int32_t deviceNo, Place place, const Value& val
 
 WriteResult writeIdentifierCommand(std::int32_t deviceNo, Place, const Value& value) {
     FourBytes code = FourBytes::highestFirst(wholeOf<std::uint32_t>(value));
-    callLibrary(deviceNo, [&] { return TORVIKsetID(deviceNo, code.bytes); });
+    callLibrary(deviceNo, [&] { return TORVIKsetID(deviceNo, code.bytes.data()); });
     return WriteResult::done;
 }
 

@@ -80,7 +80,7 @@ WriteResult writeTransmitMode(std::int32_t deviceNo, Place place, const Value& v
 
 WriteResult writeBlocking(std::int32_t deviceNo, Place, const Value& value) {
     FourBytes number = FourBytes::lowestFirst(wholeOf<std::uint32_t>(value));
-    callLibrary(deviceNo, [&] { return TORVIKswitchBlocking(deviceNo, number.bytes); });
+    callLibrary(deviceNo, [&] { return TORVIKswitchBlocking(deviceNo, number.bytes.data()); });
     return WriteResult::done;
 }
 

@@ -1,6 +1,7 @@
 // How readers and writers of parameters call the library's exports.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "failure.h"
@@ -86,7 +87,7 @@ Number wholeOf(const Value& value) {
 
 /// The exports want pointers to bytes, too: four of them, in the order of the number's digits.
 struct FourBytes {
-    std::uint8_t bytes[4];
+    std::array<std::uint8_t, 4> bytes;
 
     static FourBytes lowestFirst(std::uint32_t number);
     static FourBytes highestFirst(std::uint32_t number);

@@ -30,6 +30,7 @@ struct PlaceRange {
     constexpr bool single() const { return what.empty(); }
     constexpr bool paired() const { return !minorWhat.empty(); }
     constexpr bool channels() const { return what == "channel"; }
+    constexpr bool oneForEachChannel() const { return channels() && !paired(); }
 };
 
 inline constexpr PlaceRange onePlace{};
