@@ -15,20 +15,28 @@ constexpr Nanoseconds kMillisecond = 1'000'000;
 Amplifier::Amplifier(const AmplifierConfig& config)
     : config_(config), identifiers_{config.commandId, config.answerId, config.valueId}, streaming_(config.streaming) {
     memory_.serial = config.serial;
+    useActiveCalibration();
 }
 
 void Amplifier::loadSettings(std::uint8_t set, Nanoseconds now) {
     settings_.load(set);
+    values_.clearFilters();
     bringIntoForce(now);
+}
+
+void Amplifier::useActiveCalibration() {
+    if (config_.calibrated) values_.setForceMatrix(ForceMatrix::of(memory_.sensor.active()));
 }
 
 void Amplifier::restart(Nanoseconds now) {
     backOnBus_ = now + config_.resetTime * kMillisecond;
     settings_.restart();
+    memory_.sensor.restart();
     const auto& numbered = settings().can.numbered;
     identifiers_ = {numbered[0], numbered[1], numbered[2]};
     values_.setIdentifier(identifiers_.value);
     values_.clearErrors();
+    values_.clearFilters();
     for (std::size_t channel = 0; channel < kMostChannels; ++channel)
         values_.clearExtremes(channel);
     protocolErrors_.fill(0);
@@ -43,6 +51,7 @@ void Amplifier::bringIntoForce(Nanoseconds now) {
     values_.setChannels(present.can.channelCount());
     for (std::size_t channel = 0; channel < kMostChannels; ++channel)
         values_.setScaling(channel, present.scaling[channel]);
+    values_.setFilters(present.filters);
     const bool samePace = present.mode.streaming() == streaming_ && present.rates.frequency == values_.frequency();
     streaming_ = present.mode.streaming();
     values_.setFrequency(present.rates.frequency);
@@ -59,8 +68,8 @@ void Amplifier::dropRequestedSets() {
     updateHead();
 }
 
-bool Amplifier::answers(std::uint8_t command) {
-    const CommandRow* const row = findCommand(command);
+bool Amplifier::answers(std::uint8_t command) const {
+    const CommandRow* const row = findCommand(command, config_.firmware);
     return row == nullptr || row->answered;
 }
 
@@ -68,7 +77,7 @@ Reply Amplifier::execute(const Frame& command, Nanoseconds now) {
     Reply reply;
     const std::uint8_t code = command.data[1];
     const auto parameters = std::span(command.data).first(command.length).subspan(2);
-    const CommandRow* const row = findCommand(code);
+    const CommandRow* const row = findCommand(code, config_.firmware);
     if (row == nullptr) {
         reply.error(device_status::kUnknownCommand);
     } else if (parameters.size() != row->parameterCount || (command.data[0] & 0x0FU) != row->parameterCount) {

@@ -41,6 +41,8 @@ class Amplifier {
     }
     void storeSettings(std::uint8_t set) { settings_.store(set); }
     void loadSettings(std::uint8_t set, Nanoseconds now);
+    // Brings the active calibration of the six-axis sensor into force.
+    void useActiveCalibration();
     // Off the bus for a while; whatever was about to be sent is lost, and so are the settings that were not stored.
     void restart(Nanoseconds now);
 
@@ -52,7 +54,7 @@ class Amplifier {
     [[nodiscard]] std::uint32_t commandId() const { return identifiers_.command; }
 
     // Whether a command is answered at all, be it with an error.
-    [[nodiscard]] static bool answers(std::uint8_t command);
+    [[nodiscard]] bool answers(std::uint8_t command) const;
     // Carries out a command frame of at least two bytes.
     Reply execute(const Frame& command, Nanoseconds now);
 

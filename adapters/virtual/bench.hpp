@@ -45,7 +45,8 @@ struct AmplifierConfig {
     std::vector<InputRange> ranges{{1, 1000}, {1, 500}, {1, 250}, {1, 100}, {3, 250'000}};  // of each channel
     std::uint64_t seed = 1;
     ValueType valueType = ValueType::int24;
-    bool counts = false;  // signals are given in raw counts, not as fractions of the full scale
+    bool counts = false;      // signals are given in raw counts, not as fractions of the full scale
+    bool calibrated = false;  // signals are those of a six-axis sensor, values its forces and torques
     bool streaming = true;
     double frequency = 100;         // sets per second
     std::uint32_t answerTime = 0;   // microseconds from the end of a command to its answer

@@ -203,7 +203,7 @@ void readAmplifier(const toml::table& source, std::vector<AmplifierConfig>& ampl
         source,
         {"command",         "answer", "value",      "channels", "firmware",        "protocol",  "mode",
          "interface_ident", "seed",   "value_type", "unit",     "streaming",       "frequency", "answer_time_us",
-         "reset_time_ms",   "serial", "ranges",     "copies",   "identifier_step", "signal"});
+         "reset_time_ms",   "serial", "ranges",     "copies",   "identifier_step", "signal",    "calibrated"});
     AmplifierConfig amplifier;
     table.integer("command", amplifier.commandId, 0, kHighestStandardId);
     table.integer("answer", amplifier.answerId, 0, kHighestStandardId);
@@ -218,6 +218,7 @@ void readAmplifier(const toml::table& source, std::vector<AmplifierConfig>& ampl
     table.integer("seed", amplifier.seed, 0, std::numeric_limits<std::int64_t>::max());
     table.word<ValueType>("value_type", amplifier.valueType, kValueTypes);
     table.word<bool>("unit", amplifier.counts, kUnits);
+    table.flag("calibrated", amplifier.calibrated);
     table.flag("streaming", amplifier.streaming);
     table.number("frequency", amplifier.frequency, 0.001, kHighestFrequency);
     table.integer("answer_time_us", amplifier.answerTime, 0, 10'000'000);

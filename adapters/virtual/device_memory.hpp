@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "bench.hpp"
+#include "calibration_memory.hpp"
 
 namespace virtual_adapter {
 
@@ -19,6 +20,7 @@ struct DeviceMemory {
     std::array<float, 2> hours{1250.5F, 1250.5F};  // 0: operation, can be written; 1: production
     std::array<std::array<std::uint32_t, kMostChannels>, kCalibrationValues> calibration{};  // floats as their bits
     std::array<std::array<std::uint8_t, 8>, kUserTexts> userTexts{};
+    CalibrationMemory sensor;  // what a reset keeps are its slots and which of them is active
 };
 
 // The memory of the sensor on a channel, byte by byte; 0 is the amplifier's own. Nothing writes to it, so what it

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "bench.hpp"
+#include "filter_settings.hpp"
 
 namespace virtual_adapter {
 
@@ -59,6 +60,7 @@ struct Settings {
     std::array<ChannelInput, kMostChannels> inputs{};
     std::array<std::uint8_t, kMostChannels> units{};
     RateSettings rates;
+    FilterSettings filters;
     CanSettings can;
 };
 

@@ -57,19 +57,42 @@ ValueStream::ValueStream(const AmplifierConfig& config)
     std::ranges::copy(config.signals, signals_.begin());
 }
 
-double ValueStream::measuredAt(std::size_t channel, std::uint64_t set) const {
-    const SignalPlace place{seed_, static_cast<std::uint32_t>(channel), frequency_};
-    return signalValue(signals_[channel], place, set) * scale_;
+ChannelNumbers ValueStream::measuredAt(std::uint64_t set) const {
+    ChannelNumbers numbers{};
+    for (std::size_t channel = 0; channel < numbers.size(); ++channel) {
+        const SignalPlace place{seed_, static_cast<std::uint32_t>(channel), frequency_};
+        numbers[channel] = signalValue(signals_[channel], place, set);
+    }
+    if (forceMatrix_) forceMatrix_->apply(numbers);
+    for (double& number : numbers)
+        number *= scale_;
+    return numbers;
 }
 
-double ValueStream::adjustedAt(std::size_t channel, std::uint64_t set) const {
+ChannelNumbers ValueStream::nextFiltered() const {
+    ChannelNumbers numbers = measuredAt(set_);
+    if (filters_.empty()) return numbers;
+    FilterChain ahead = filters_;
+    ahead.run(numbers);
+    return numbers;
+}
+
+double ValueStream::adjusted(std::size_t channel, double number) const {
     const Adjustment& adjustment = adjustments_[channel];
-    const double value = (measuredAt(channel, set) - adjustment.zero) * adjustment.factor + adjustment.offset;
+    const double value = (number - adjustment.zero) * adjustment.factor + adjustment.offset;
     return std::abs(value) < adjustment.noiseCut ? 0.0 : value;
 }
 
 RawValue ValueStream::valueAt(std::size_t channel, std::uint64_t set) const {
-    const double value = adjustedAt(channel, set);
+    return rawValue(channel, measuredAt(set)[channel]);
+}
+
+RawValue ValueStream::nextValue(std::size_t channel) const {
+    return rawValue(channel, nextFiltered()[channel]);
+}
+
+RawValue ValueStream::rawValue(std::size_t channel, double number) const {
+    const double value = adjusted(channel, number);
     const bool overload = !(std::abs(value) <= limit_ + 0.5);
     const std::uint8_t status = overload ? kValueOverload : std::uint8_t{0};
     // A scaling that is no number leaves no value at all.
@@ -84,7 +107,9 @@ RawValue ValueStream::valueAt(std::size_t channel, std::uint64_t set) const {
 
 std::int32_t ValueStream::zeroOf(std::size_t channel) const {
     constexpr double limit = std::numeric_limits<std::int32_t>::max();
-    return rounded(std::clamp(measuredAt(channel, set_) / zeroStep_, -limit, limit));
+    const double number = nextFiltered()[channel] / zeroStep_;
+    if (std::isnan(number)) return 0;
+    return rounded(std::clamp(number, -limit, limit));
 }
 
 void ValueStream::setScaling(std::size_t channel, const ChannelScaling& scaling) {
@@ -107,8 +132,10 @@ void ValueStream::noteExtremes(std::size_t channel, double number) {
 
 std::size_t ValueStream::nextSet(Frames& frames) {
     std::size_t count = 0;
+    ChannelNumbers numbers = measuredAt(set_);
+    filters_.run(numbers);
     for (std::size_t channel = 0; channel < channels(); ++channel) {
-        const RawValue value = valueAt(channel, set_);
+        const RawValue value = rawValue(channel, numbers[channel]);
         noteExtremes(channel, value.number);
         if (value.status != 0) noteError(channel, value.status);
         if (skips_[channel] > 0) {

@@ -2,9 +2,11 @@
 
 #include <array>
 #include <cstdint>
-#include <span>
+#include <optional>
 
 #include "bench.hpp"
+#include "filter_chain.hpp"
+#include "force_matrix.hpp"
 #include "frame.hpp"
 #include "settings.hpp"
 
@@ -20,8 +22,8 @@ struct RawValue {
 inline constexpr std::uint8_t kValueOverload = 1;  // status nibble: the value was cut to its type's range
 
 // An amplifier's measuring channels: makes the frames of one set after the other. Set number n is the same whenever it
-// is sent with the same settings; the number counts the sets made, so that a stream that was stopped goes on without a
-// gap.
+// is sent with the same settings and no filter on; the number counts the sets made, so that a stream that was stopped
+// goes on without a gap. On its way to the frame a signal passes the sensor's calibration, the filters and the scaling.
 class ValueStream {
   public:
     // The frames of a set may be repeated by a test: at most one more of each.
@@ -34,7 +36,10 @@ class ValueStream {
     std::size_t nextSet(Frames& frames);
 
     [[nodiscard]] std::uint64_t setsMade() const { return set_; }
+    // What a set carries when no filter is on.
     [[nodiscard]] RawValue valueAt(std::size_t channel, std::uint64_t set) const;
+    // What the next set will carry.
+    [[nodiscard]] RawValue nextValue(std::size_t channel) const;
     // The zero with which the next set's value of a channel, unscaled, becomes 0.
     [[nodiscard]] std::int32_t zeroOf(std::size_t channel) const;
 
@@ -45,6 +50,10 @@ class ValueStream {
     [[nodiscard]] double frequency() const { return frequency_; }
     void setIdentifier(std::uint32_t identifier) { identifier_ = identifier; }
     void setScaling(std::size_t channel, const ChannelScaling& scaling);
+    void setFilters(const FilterSettings& filters) { filters_.use(filters); }
+    // The filters that are on forget their past; setFilters() brings them back.
+    void clearFilters() { filters_.clear(); }
+    void setForceMatrix(const std::optional<ForceMatrix>& matrix) { forceMatrix_ = matrix; }
 
     void skip(std::size_t channel, std::uint32_t times) { skips_[channel] = times; }
     void repeat(std::size_t channel, std::uint32_t times) { repeats_[channel] = times; }
@@ -77,8 +86,10 @@ class ValueStream {
         double noiseCut = 0;
     };
 
-    [[nodiscard]] double measuredAt(std::size_t channel, std::uint64_t set) const;
-    [[nodiscard]] double adjustedAt(std::size_t channel, std::uint64_t set) const;
+    [[nodiscard]] ChannelNumbers measuredAt(std::uint64_t set) const;
+    [[nodiscard]] ChannelNumbers nextFiltered() const;
+    [[nodiscard]] double adjusted(std::size_t channel, double number) const;
+    [[nodiscard]] RawValue rawValue(std::size_t channel, double number) const;
     void noteExtremes(std::size_t channel, double number);
     void noteError(std::size_t channel, std::uint8_t status);
     [[nodiscard]] Frame frameOf(std::size_t channel, const RawValue& value) const;
@@ -93,6 +104,8 @@ class ValueStream {
     double zeroStep_;  // stream numbers for 1 in the unit of the zero
     double limit_;
     std::uint64_t set_ = 0;
+    std::optional<ForceMatrix> forceMatrix_;
+    FilterChain filters_;
     std::array<Adjustment, kMostChannels> adjustments_{};
     std::array<std::uint32_t, kMostChannels> skips_{};
     std::array<std::uint32_t, kMostChannels> repeats_{};

@@ -106,8 +106,9 @@ void virtualGetCounters(VirtualCounters* counters);
 uint32_t virtualTakeWritten(VirtualFrame* frames, uint32_t capacity);
 
 /* The value that set number `set` (0 the first; its low 16 bits are the sequence number) of a device carries on one
- * channel index, as a receiver decodes it: raw counts for integers. Result: 0; -1 and nothing written when there is no
- * such device or channel. */
+ * channel index, as a receiver decodes it: raw counts for integers. Digital filters are left out: it is what the set
+ * carries while none is on, since what a filter makes of it depends on the sets that were sent before. Result: 0; -1
+ * and nothing written when there is no such device or channel. */
 int32_t virtualValue(uint32_t device, uint32_t channel, uint64_t set, double* value);
 
 #ifdef __cplusplus

@@ -73,7 +73,7 @@ TEST_F(AmplifierCommands, BufferAndMaximaAreCleared) {
 TEST_F(AmplifierCommands, UnknownCommandsAreRefused) {
     const std::initializer_list<std::uint8_t> known{0x00, 0x01, 0x23, 0x24, 0x25, 0x26, 0x2B, 0x3A,
                                                     0x3B, 0x3C, 0x42, 0x43, 0x49, 0x80, 0x8C};
-    EXPECT_EQ(ask({0x7F}), refusal(0x40));
+    EXPECT_EQ(ask({0xFE}), refusal(0x40));
     EXPECT_EQ(ask({0xFF}), refusal(0x40));
     for (const std::uint8_t code : known)
         EXPECT_NE(ask({code}), refusal(0x40)) << int{code};
@@ -101,10 +101,10 @@ TEST_F(AmplifierCommands, FramesThatAreNoCommandsAreNotAnswered) {
 }
 
 TEST_F(AmplifierCommands, RefusedCommandsAreKeptAsProtocolErrorsUntilTheStatusIsReset) {
-    ask({0x7F});
+    ask({0xFE});
     ask({0x2B, 0});
     EXPECT_EQ(ask({0x42, 0}), (Data{0x44, 0x00, 0x00, 0x00, 0x2B, 0x5B}));
-    EXPECT_EQ(ask({0x42, 1}), (Data{0x44, 0x00, 0x00, 0x00, 0x7F, 0x40}));
+    EXPECT_EQ(ask({0x42, 1}), (Data{0x44, 0x00, 0x00, 0x00, 0xFE, 0x40}));
     EXPECT_EQ(ask({0x42, 2}), (Data{0x44, 0x00, 0x00, 0x00, 0x00, 0x00}));
     EXPECT_EQ(ask({0x42, 8}), refusal(0x51));
     EXPECT_EQ(ask({0x00}), kAcknowledged);

@@ -50,6 +50,7 @@ TEST(BenchFile, EveryKeyIsTaken) {
         seed = 99
         value_type = "float32"
         unit = "counts"
+        calibrated = true
         streaming = false
         frequency = 12.5
         answer_time_us = 230
@@ -76,6 +77,7 @@ TEST(BenchFile, EveryKeyIsTaken) {
     EXPECT_EQ(amplifier.seed, 99U);
     EXPECT_EQ(amplifier.valueType, ValueType::float32);
     EXPECT_TRUE(amplifier.counts);
+    EXPECT_TRUE(amplifier.calibrated);
     EXPECT_FALSE(amplifier.streaming);
     EXPECT_EQ(amplifier.frequency, 12.5);
     EXPECT_EQ(amplifier.answerTime, 230U);

@@ -32,7 +32,7 @@ TEST_F(IdentityCommands, VersionsAndConfigurationAreTold) {
 
 TEST_F(IdentityCommands, AvailableCommandsAreAcknowledgedOthersRefused) {
     EXPECT_EQ(ask({0x93, 0x2B, 0}), kAcknowledged);
-    EXPECT_EQ(ask({0x93, 0x7F, 0}), refusal(0x40));
+    EXPECT_EQ(ask({0x93, 0xFE, 0}), refusal(0x40));
 }
 
 TEST_F(IdentityCommands, WrittenHoursAreThoseOfTheFirstCounter) {

@@ -39,7 +39,7 @@ def check_commands(bus):
     assert status == 0 and int.from_bytes(data[:4], "big") == 0x00040000, (status, data)
     status, data = ask(bus, 0x49, 0)
     assert status == 0 and data[1] == CHANNELS, (status, data)
-    status, _ = ask(bus, 0x7F)
+    status, _ = ask(bus, 0xFE)
     assert status == 0x40, status
     return 4
 

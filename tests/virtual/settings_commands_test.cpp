@@ -125,7 +125,7 @@ TEST_F(SettingsCommands, ResetRestoresTheStoredTransmitMode) {
 }
 
 TEST_F(SettingsCommands, ResetClearsTheProtocolErrors) {
-    ask({0x7F});
+    ask({0xFE});
     restart();
     EXPECT_EQ(ask({0x42, 0}), toldNumber(0));
 }

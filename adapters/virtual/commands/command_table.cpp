@@ -9,8 +9,9 @@ using Table = std::array<const CommandRow*, 256>;
 
 Table makeTable() {
     Table table{};
-    for (const auto family : {canCommands(), identityCommands(), inputCommands(), rateCommands(), scalingCommands(),
-                              settingsCommands(), statusCommands(), unitCommands(), valueCommands()}) {
+    for (const auto family :
+         {calibrationCommands(), canCommands(), filterCommands(), identityCommands(), inputCommands(), rateCommands(),
+          scalingCommands(), settingsCommands(), statusCommands(), unitCommands(), valueCommands()}) {
         for (const CommandRow& row : family)
             table[row.code] = &row;
     }
@@ -19,9 +20,10 @@ Table makeTable() {
 
 }  // namespace
 
-const CommandRow* findCommand(std::uint8_t code) {
+const CommandRow* findCommand(std::uint8_t code, std::uint32_t firmware) {
     static const Table table = makeTable();
-    return table[code];
+    const CommandRow* const row = table[code];
+    return row != nullptr && firmware >= row->firmware ? row : nullptr;
 }
 
 }  // namespace virtual_adapter

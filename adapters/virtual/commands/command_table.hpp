@@ -38,12 +38,15 @@ struct CommandRow {
     std::uint8_t parameterCount;
     bool answered;
     void (*run)(CommandCall& call);
+    std::uint32_t firmware = 0;  // from which on amplifiers know it
 };
 
-// Null when the amplifier does not know the command.
-[[nodiscard]] const CommandRow* findCommand(std::uint8_t code);
+// Null when an amplifier with this firmware does not know the command.
+[[nodiscard]] const CommandRow* findCommand(std::uint8_t code, std::uint32_t firmware);
 
+[[nodiscard]] std::span<const CommandRow> calibrationCommands();
 [[nodiscard]] std::span<const CommandRow> canCommands();
+[[nodiscard]] std::span<const CommandRow> filterCommands();
 [[nodiscard]] std::span<const CommandRow> identityCommands();
 [[nodiscard]] std::span<const CommandRow> inputCommands();
 [[nodiscard]] std::span<const CommandRow> rateCommands();

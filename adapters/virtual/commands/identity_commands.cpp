@@ -35,7 +35,8 @@ void softwareConfiguration(CommandCall& call) {
 
 // The query is a command code and a byte that is not looked at.
 void commandAvailable(CommandCall& call) {
-    if (findCommand(call.u8(0)) == nullptr) return call.reply.error(device_status::kUnknownCommand);
+    if (findCommand(call.u8(0), call.amplifier.config().firmware) == nullptr)
+        return call.reply.error(device_status::kUnknownCommand);
     call.reply.acknowledge();
 }
 

@@ -31,7 +31,7 @@ void rawValue(CommandCall& call) {
     const ValueStream& values = call.amplifier.values();
     const std::uint8_t channel = call.u8(0);
     if (channel < 1 || channel > values.channels()) return call.reply.error(device_status::kWrongIndex);
-    call.reply.u32(static_cast<std::uint32_t>(values.valueAt(channel - 1U, values.setsMade()).counts));
+    call.reply.u32(static_cast<std::uint32_t>(values.nextValue(channel - 1U).counts));
 }
 
 void oneSet(CommandCall& call) {
