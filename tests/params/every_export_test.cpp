@@ -153,7 +153,7 @@ INSTANTIATE_TEST_SUITE_P(Params, AnsweredExport,
 class CheckedExport : public EveryExport {};
 
 TEST_P(CheckedExport, RefusesAnInactiveDevice) {
-    const Outcome outcome = GetParam().call(inactiveDevice);
+    const Outcome outcome = run([] { return GetParam().call(inactiveDevice); });
     EXPECT_EQ(outcome.result, GetParam().inactive.result);
     EXPECT_TRUE(outcome.unchanged);
     EXPECT_EQ(takeCode(inactiveDevice), GetParam().inactive.code);
@@ -205,7 +205,7 @@ INSTANTIATE_TEST_SUITE_P(Params, UncheckedExport, testing::ValuesIn(uncheckedExp
 class RefusedArguments : public ParamsBench, public testing::WithParamInterface<RefusedCall> {
   protected:
     void expectRefusal(std::int32_t deviceNo, const Refusal& refusal) {
-        const Outcome outcome = GetParam().call(deviceNo);
+        const Outcome outcome = run([deviceNo] { return GetParam().call(deviceNo); });
         EXPECT_EQ(outcome.result, refusal.result);
         EXPECT_TRUE(outcome.unchanged);
         EXPECT_EQ(takeCode(deviceNo), refusal.code);

@@ -45,7 +45,8 @@ class ParamsBench : public Bench {
     // Lets `skip` frames through and then fails the writing of one.
     static void failWriteAfter(std::uint32_t skip) { virtualFailCalls(VIRTUAL_WRITE, 0x80, skip, 1); }
 
-    // Runs `call` and lets its pauses pass. The wait for an answer ends only when the answer was dropped.
+    // Runs `call` and lets its pauses pass. The wait for an answer ends only when the answer was dropped; one that
+    // never ends fails the test after ten seconds of real time.
     template <class Function>
     auto run(Function call) {
         Passing passing;
@@ -70,6 +71,7 @@ class ParamsBench : public Bench {
     struct Passing {
         Passing();
         std::uint64_t expiring;  // answers missing so far, waited for or not
+        platform::TimePoint begun;
     };
 
     void letPass(Passing& passing);

@@ -77,6 +77,21 @@ class CounterModeRefresh : public ParamsBench {
     }
 };
 
+TEST_F(CounterModeRefresh, IsLeftOutForOtherSubs) {
+    for (const std::uint32_t sub : {1U, 15U}) {
+        script({accepts(0x6A), accepts(0x49, {0, 3})});
+        EXPECT_EQ(TORVIKsetCounterFreqMode(device, 0, sub, 0), 0);
+    }
+    EXPECT_THAT(takeSent(), ElementsAre("85 6A 01 00 00 00 00", "85 6A 0F 00 00 00 00"));
+    EXPECT_EQ(record().activeChannels, 6U);
+}
+
+TEST_F(CounterModeRefresh, IsLeftOutWhenTheModeIsRefused) {
+    script({Answer{0x6A, {0x52}}});
+    EXPECT_EQ(set(), -1);
+    EXPECT_THAT(takeSent(), ElementsAre("85 6A 20 01 02 03 04"));
+}
+
 TEST_F(CounterModeRefresh, StoresTheStatusOfARefusal) {
     script({accepts(0x6A), Answer{0x49, {0x52, 0, 3}}});
     EXPECT_EQ(set(), -1);
