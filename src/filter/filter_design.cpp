@@ -35,6 +35,9 @@ void start(Dfilter& filter, std::uint32_t options, std::int32_t order, std::span
     filter.alphaZ = values.alphaZ;
     filter.chebyshevRipple = values.chebyshevRipple;
     filter.qFactor = values.qFactor;
+    // A design with fewer coefficients than the one before it leaves none of that to the simulation.
+    for (auto* const coefficients : {&filter.xCoefficients, &filter.yCoefficients, &filter.rawX, &filter.rawY})
+        coefficients->fill(0);
     for (Roots* const roots : {&filter.sPoles, &filter.sZeros, &filter.zPoles, &filter.zZeros})
         roots->count = 0;
 }
