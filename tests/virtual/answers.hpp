@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <string>
+#include <vector>
 
 #include "open_adapter.hpp"
 
@@ -57,6 +58,18 @@ inline std::optional<Data> askWithFloat(std::initializer_list<std::uint8_t> code
 inline std::optional<Data> secondAnswer() {
     const auto answer = readFrame();
     return answer ? std::optional(dataOf(*answer)) : std::nullopt;
+}
+
+// The values of the next sets of an amplifier that streams floats, one channel after the other.
+inline std::vector<float> nextValues(std::uint32_t sets = 1) {
+    virtualSendSets(0, sets);
+    std::vector<float> values;
+    for (const CanMessage& frame : drain()) {
+        const Data data = dataOf(frame);
+        values.push_back(std::bit_cast<float>(
+            static_cast<std::uint32_t>(data[4] << 24U | data[5] << 16U | data[6] << 8U | data[7])));
+    }
+    return values;
 }
 
 // A reset that takes no time.
