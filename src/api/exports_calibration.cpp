@@ -11,7 +11,6 @@ using namespace torvik;
 
 namespace {
 
-constexpr std::uint32_t slotLimit = 256;
 constexpr std::uint32_t arrayFlag = 0x80;
 
 bool supports(const DeviceCall& call, std::uint32_t firmware) {
@@ -42,7 +41,7 @@ int32_t TORVIKsetFTarrayToRead(int32_t deviceNo, uint8_t slot) {
 
 int32_t TORVIKreadFTSensorSerNo(int32_t deviceNo, uint32_t calSlot, char* text) {
     return deviceCall(deviceNo, [&](const DeviceCall& call) {
-        if (!call.activeAnd(calSlot < slotLimit && text != nullptr)) return failure;
+        if (!call.activeAnd(text != nullptr)) return failure;
         return readSerialText(call.deviceNo(), calSlot, text);
     });
 }
@@ -67,7 +66,7 @@ int32_t TORVIKwriteFTSensorCalArray(int32_t deviceNo, uint32_t calSlot, char* se
                                     double inScale, double* matrix, double* offsets, double* maxima) {
     return deviceCall(deviceNo, [&](const DeviceCall& call) {
         if (!call.activeAnd(serialText != nullptr && matrix != nullptr && maxima != nullptr &&
-                            !isTooSmallForScale(outScale) && !isTooSmallForScale(inScale) && calSlot < slotLimit))
+                            !isTooSmallForScale(outScale) && !isTooSmallForScale(inScale) && calSlot < calSlotLimit))
             return failure;
         const auto serial = parseSerialText(serialText);
         if (!call.argumentsValid(serial.has_value())) return failure;

@@ -131,6 +131,10 @@ std::int32_t readArrays(std::uint8_t deviceNo, std::uint32_t slot, const Calibra
 }
 
 std::int32_t readSerialText(std::uint8_t deviceNo, std::uint32_t slot, char* text) {
+    if (slot >= calSlotLimit) {
+        setError(deviceNo, error::parameterExceedance);
+        return -1;
+    }
     const auto serial = readSerialNumber(deviceNo, slot);
     if (!serial) return -1;
     const std::span<char> digits(text, serialDigits);

@@ -52,7 +52,7 @@ std::int32_t readStandardArrays(std::uint8_t deviceNo, std::uint32_t slot, const
 // A calibration of whatever dimensions it has.
 std::int32_t readArrays(std::uint8_t deviceNo, std::uint32_t slot, const CalibrationBuffers& buffers);
 
-// Reads the serial number as eight digits and a zero.
+// Reads the serial number as eight digits and a zero. A slot above 255 is refused with 0x30000100.
 std::int32_t readSerialText(std::uint8_t deviceNo, std::uint32_t slot, char* text);
 
 // The extension of a calibration; null pointers are skipped. The factors are written only when both lists are given.

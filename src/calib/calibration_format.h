@@ -31,6 +31,7 @@ inline constexpr std::uint32_t firmwareWithSlotSelection = 0x0003000B;
 inline constexpr std::uint32_t firmwareWithFormatWord = 0x0003002F;
 inline constexpr std::uint32_t firmwareWithModelName = 0x00030032;
 
+inline constexpr std::uint32_t calSlotLimit = 256;
 inline constexpr std::uint32_t highestSerialNumber = 99999999;
 inline constexpr std::size_t offsetCount = 3;
 inline constexpr std::size_t standardSize = 6;
