@@ -1,15 +1,18 @@
 #include "platform/thread.h"
 
+#include <cxxabi.h>
 #include <pthread.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <memory>
 #include <new>
 
 #include "platform/faults.h"
 #include "platform/sync.h"
+
+// This library, as the C++ run-time knows it.
+extern "C" __attribute__((visibility("hidden"))) void* __dso_handle;  // NOLINT(bugprone-reserved-identifier)
 
 namespace torvik::platform {
 
@@ -85,7 +88,10 @@ std::uint64_t processId() {
 }
 
 void runBeforeLoadedLibrariesEnd(void (*action)()) {
-    static_cast<void>(std::atexit(action));
+    // What std::atexit does, without it: the thread sanitizer's own atexit forgets which library it was called from,
+    // and runs the action when that has left the process.
+    const auto run = [](void* argument) { reinterpret_cast<void (*)()>(argument)(); };
+    static_cast<void>(abi::__cxa_atexit(run, reinterpret_cast<void*>(action), &__dso_handle));
 }
 
 void sleepFor(std::chrono::milliseconds duration) {
