@@ -17,6 +17,8 @@ packages_to_test=(
     libbenchmark-dev
     procps
     python3 python3-can
+    python3-scipy python3-mpmath # the reference of the filter designer
+    locales                      # a decimal comma
 )
 
 say() { printf "\n== %s\n" "$*"; }
