@@ -5,7 +5,7 @@ namespace torvik::test {
 namespace {
 
 double numberAt(int row, int column) {
-    return std::stod(std::to_string(row + 1) + "." + std::to_string(column + 1));
+    return (10 * (row + 1) + column + 1) / 10.0;
 }
 
 std::vector<double> matrixOf(int inputs, int outputs) {

@@ -29,8 +29,7 @@ TEST_P(EverySize, StandsRowAfterRow) {
     std::array<double, 36> expected{};
     for (int row = 0; row < outputs; ++row) {
         for (int column = 0; column < inputs; ++column)
-            expected[static_cast<std::size_t>(row * inputs + column)] =
-                std::stod(std::to_string(row + 1) + "." + std::to_string(column + 1));
+            expected[static_cast<std::size_t>(row * inputs + column)] = (10 * (row + 1) + column + 1) / 10.0;
     }
     EXPECT_EQ(calibration.matrix, expected);
 }
