@@ -12,6 +12,7 @@ endif()
 
 option(TORVIK_BUILD_TESTS "Build the tests" ON)
 option(TORVIK_BUILD_BENCH "Build the benchmarks" OFF)
+option(TORVIK_BUILD_FUZZERS "Make targets of the fuzzers; needs clang" OFF)
 set(TORVIK_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
 
 if(WIN32)

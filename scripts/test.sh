@@ -9,12 +9,13 @@
 #   asan     all tests with the address and undefined-behaviour sanitizers
 #   tsan     all tests with the thread sanitizer
 #   clang    build with clang and its thread-safety analysis
+#   fuzz     200,000 inputs for each fuzzer, with the address and undefined-behaviour sanitizers
 #   format   clang-format leaves every source file as it is
 #   tidy     clang-tidy finds nothing (.clang-tidy)
 set -u -o pipefail
 . "$(dirname "$0")/lib.sh"
 
-all_stages=(linux windows asan tsan clang format tidy)
+all_stages=(linux windows asan tsan clang fuzz format tidy)
 stages=("${all_stages[@]}")
 install=yes
 usage() { sed -n '2,/^set/{/^set/d;s/^# \{0,1\}//;p}' "$0"; }
@@ -89,9 +90,10 @@ stage_tsan() {
     check "tsan build" build tsan && run_tests tsan "${wrapper[@]}"
 }
 stage_clang() { check "clang build" build clang; }
+stage_fuzz() { check "fuzzers" "$root/scripts/fuzz.sh"; }
 
 sources_of() { (cd "$root" && find "$@" -name '*.cpp' -o -name '*.hpp' -o -name '*.h' -o -name '*.c' 2>/dev/null | sort); }
-check_format() { sources_of src adapters tools tests bench examples | (cd "$root" && xargs clang-format --dry-run -Werror); }
+check_format() { sources_of src adapters tools tests bench examples fuzz | (cd "$root" && xargs clang-format --dry-run -Werror); }
 stage_format() { check "format" check_format; }
 
 # Each file as it is compiled, several in one where the build takes them together (Unity/).

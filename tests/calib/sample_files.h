@@ -32,14 +32,16 @@ inline SampleTexts sampleTexts() {
     return texts;
 }
 
+inline constexpr std::uint32_t missingFile = 2;
+
 // Reads a sample from these texts instead of the files.
 inline std::uint32_t readSample(const std::string& name, const SampleTexts& texts, CalibrationFile& calibration) {
     return readCalibrationFile((name + ".ini").c_str(), true, calibration,
                                [&texts](const std::string& path, std::string& text) {
                                    const auto found = texts.find(path);
-                                   if (found == texts.end()) return 2U;
+                                   if (found == texts.end()) return missingFile;
                                    text = found->second;
-                                   return 0U;
+                                   return std::uint32_t{0};
                                });
 }
 
