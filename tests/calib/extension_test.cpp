@@ -129,7 +129,7 @@ TEST_F(WriteExtension, RefusesANegativeFormatWord) {
 }
 
 TEST_F(WriteExtension, EndsWithTheFirstElementThatIsRefused) {
-    for (const std::size_t good : {0, 1, 36, 37, 38, 48}) {
+    for (const std::size_t good : {0U, 1U, 36U, 37U, 38U, 48U}) {
         refuseAfter(static_cast<std::uint32_t>(good), 0x48);
         EXPECT_EQ(write(), -1);
         EXPECT_EQ(takeCode(), 0x52U);
@@ -228,7 +228,7 @@ TEST_F(ReadExtension, NeedsNewFirmware) {
 }
 
 TEST_F(ReadExtension, EndsWithTheFirstElementThatIsRefused) {
-    for (const std::size_t good : {0, 1, 37, 38, 48}) {
+    for (const std::size_t good : {0U, 1U, 37U, 38U, 48U}) {
         use(newFirmware);
         holds(std::vector<double>(good, 1));
         answerWith(0x47, {0x52}, 1);

@@ -104,7 +104,7 @@ TEST_F(WriteInfo, NeedsNewFirmware) {
 }
 
 TEST_F(WriteInfo, EndsWithTheFirstElementThatIsRefusedAndStoresNothing) {
-    for (const std::size_t good : {0, 1, 4, 7, 9}) {
+    for (const std::size_t good : {0U, 1U, 4U, 7U, 9U}) {
         refuseAfter(static_cast<std::uint32_t>(good), 0x48);
         EXPECT_EQ(writeAll(), -1);
         EXPECT_EQ(takeCode(), 0x52U);
