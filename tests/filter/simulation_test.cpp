@@ -306,10 +306,13 @@ TEST_F(FixedSimulation, TakesItsInputsForItsOutputsAfterAnOverflow) {
 }
 
 TEST_F(FixedSimulation, KeepsTheLargestAndTheSmallestOutput) {
-    fill({0, 1}, {});
-    step(1, 1, -8388608.0 / fullScale);
+    // 47 * 178481 is the largest, 2 * -4194304 the smallest.
+    fill({0, 47}, {});
+    step(1, 178481.5 / fullScale, 0);
     EXPECT_EQ(fixedOutputs()[0], highest);
-    EXPECT_EQ(fixedOutputs()[10], lowest);
+    fill({0, 2}, {});
+    step(1, -4194304.5 / fullScale, 0);
+    EXPECT_EQ(fixedOutputs()[0], lowest);
 }
 
 TEST_F(FixedSimulation, WithoutAGainLeavesTheCoefficientsAsTheyAre) {
