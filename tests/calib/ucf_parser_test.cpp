@@ -26,6 +26,11 @@ TEST(LookUp, PassesOverCommentsAndBlankLines) {
     EXPECT_EQ(lookUp("; k=1\n# k=2\n\n[S]\n;k=3\n#k=4\n\n \nk=v"), "v");
 }
 
+TEST(LookUp, FindsNoKeyThatBeginsLikeAComment) {
+    EXPECT_EQ(UCFparser("[S]\n;k=v").string("S", ";k"), std::nullopt);
+    EXPECT_EQ(UCFparser("[S]\n#k=v").string("S", "#k"), std::nullopt);
+}
+
 TEST(LookUp, TakesAFirstLineThatBeginsWithABlankForAComment) {
     EXPECT_EQ(lookUp(" [S]\nk=v"), std::nullopt);
     EXPECT_EQ(lookUp(" anything\n[S]\nk=v"), "v");
