@@ -213,7 +213,7 @@ std::int32_t CalibrationFile::formatWord() const {
         return static_cast<std::int32_t>((size.outputs - 1) << 12 | (size.inputs - 1) << 16 |
                                          format_type::otherDimensions);
     }
-    return matrixB ? format_type::withMatrixB : format_type::standard;
+    return static_cast<std::int32_t>(matrixB ? format_type::withMatrixB : format_type::standard);
 }
 
 std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFile& calibration) {

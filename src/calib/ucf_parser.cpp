@@ -43,7 +43,7 @@ std::optional<std::string_view> valueOf(std::string_view line, std::string_view 
 std::optional<std::string_view> unquoted(std::string_view text) {
     if (text.empty() || text.front() != '"') return text;
     const std::size_t end = text.find('"', 1);
-    if (end == std::string_view::npos || end > stringLimit) return std::nullopt;
+    if (end > stringLimit) return std::nullopt;  // too far away, or nowhere
     return text.substr(1, end - 1);
 }
 

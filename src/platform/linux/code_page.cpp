@@ -2,16 +2,22 @@
 
 #include <iconv.h>
 
+#include <bit>
+#include <cstdint>
 #include <memory>
 
 namespace torvik::platform {
 
 namespace {
 
+bool isOpen(iconv_t conversion) {
+    return std::bit_cast<std::intptr_t>(conversion) != -1;
+}
+
 struct CloseConversion {
     using pointer = iconv_t;
     void operator()(iconv_t conversion) const {
-        if (conversion != reinterpret_cast<iconv_t>(-1)) iconv_close(conversion);
+        if (isOpen(conversion)) iconv_close(conversion);
     }
 };
 using Conversion = std::unique_ptr<void, CloseConversion>;
@@ -25,7 +31,7 @@ std::string nameOf(std::uint32_t codePage) {
 
 std::optional<std::string> convertFromWindows1252(std::string_view text, std::uint32_t codePage) {
     const Conversion conversion(iconv_open(nameOf(codePage).c_str(), "CP1252"));
-    if (conversion.get() == reinterpret_cast<iconv_t>(-1)) return std::nullopt;
+    if (!isOpen(conversion.get())) return std::nullopt;
     constexpr std::size_t longestCharacter = 8;
     std::string source(text);
     std::string result(source.size() * longestCharacter, '\0');
