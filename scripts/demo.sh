@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the library and the tool, and shows a simulated six-channel amplifier measuring: demo.sh [SECONDS]
+# Builds the library and the tool, and shows a simulated six-channel amplifier measuring, and what a digital filter does
+# to the noise of another one: demo.sh [SECONDS]
 # No hardware and no configuration are needed. What it writes stands in build/demo/.
 set -eu
 . "$(dirname "$0")/lib.sh"
@@ -7,7 +8,7 @@ seconds=${1:-5}
 directory=$root/build/demo
 values=$directory/measured-values.csv
 
-install_missing "${packages_to_build[@]}"
+install_missing "${packages_to_build[@]}" "${packages_to_plot[@]}"
 say "building (the log is $directory/build.log)"
 mkdir -p "$directory"
 if ! build demo >"$directory/build.log" 2>&1; then
@@ -31,6 +32,17 @@ else
     echo "(standard output is no terminal: every 500th set, as comma-separated values; a terminal shows a live table)"
 fi
 
-say "done: the amplifier is released"
+low_pass=(lowpass butterworth 50)
+say "a low pass: torvik filter design ${low_pass[*]} --rate 1000"
+"$torvik" filter design "${low_pass[@]}" --rate 1000
+
+say "its step and frequency response: torvik filter plot low-pass.png ${low_pass[*]} --rate 1000"
+"$torvik" filter plot "$directory/low-pass.png" "${low_pass[@]}" --rate 1000
+
+say "loaded into an amplifier with noise: torvik filter load 1 ${low_pass[*]} --noise 2 --simulate examples/benches/noise.toml"
+"$torvik" filter load 1 "${low_pass[@]}" --noise 2 --simulate "$root/examples/benches/noise.toml"
+
+say "done: the amplifiers are released"
 echo "written: $values, $(($(wc -l <"$values") - 1)) sets of values"
+echo "written: $directory/low-pass.png, and beside it the two responses as text"
 echo "the tool: $torvik --help"

@@ -6,6 +6,7 @@ export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix}
 python=/usr/bin/python3
 
 packages_to_build=(g++ cmake ninja-build libcli11-dev libfmt-dev libtomlplusplus-dev)
+packages_to_plot=(gnuplot-nox)
 packages_to_test=(
     g++-mingw-w64-x86-64-posix # the Windows build
     wine64                     # runs it
@@ -19,6 +20,7 @@ packages_to_test=(
     python3 python3-can
     python3-scipy python3-mpmath # the reference of the filter designer
     locales                      # a decimal comma
+    "${packages_to_plot[@]}"
 )
 
 say() { printf "\n== %s\n" "$*"; }

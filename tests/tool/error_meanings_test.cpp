@@ -41,9 +41,7 @@ TEST(ErrorMeanings, EveryRowOfTheErrorTableIsExplained) {
 }
 
 TEST(ErrorMeanings, NothingIsExplainedThatTheErrorTableLacks) {
-    constexpr std::uint32_t refusedArguments = 48;
     for (const ErrorMeaning& meaning : libraryMeanings()) {
-        if (meaning.code == refusedArguments) continue;
         EXPECT_EQ(meaningsWith(libraryMeanings(), meaning.code), rowsOf(ErrorKind::library, meaning.code))
             << std::hex << meaning.code;
     }
@@ -77,6 +75,26 @@ TEST(ErrorMeanings, CombinedAdapterBitsAreToldOneByOne) {
     EXPECT_THAT(explain(0x14),
                 ElementsAre(told(ErrorKind::adapter, "Bus error: an error counter reached the 'light' limit"),
                             told(ErrorKind::adapter, "Bus error: the CAN controller is in bus-off state")));
+}
+
+TEST(ErrorMeanings, CodesWithoutATextAreExplained) {
+    EXPECT_THAT(explain(0x30), ElementsAre(told(ErrorKind::library, "arguments of a command refused")));
+    for (std::uint32_t code = 0x30000201; code <= 0x30000209; ++code) {
+        const auto explanations = explain(code);
+        ASSERT_EQ(explanations.size(), 1U) << std::hex << code;
+        EXPECT_FALSE(explanations[0].meaning.empty() || explanations[0].advice.empty()) << std::hex << code;
+    }
+    EXPECT_THAT(explain(0x30000200), IsEmpty());
+    EXPECT_THAT(explain(0x3000020A), IsEmpty());
+}
+
+TEST(ErrorMeanings, SystemCodesOfFilesAreToldBehindTheirMark) {
+    EXPECT_THAT(explain(0x31000002), ElementsAre(told(ErrorKind::library, "response file not writable")));
+    EXPECT_THAT(explain(0x20000002), ElementsAre(told(ErrorKind::library, "calibration file not readable")));
+    EXPECT_THAT(explain(0x31010002), IsEmpty());
+    EXPECT_THAT(explain(0x31000000), IsEmpty());
+    // The mark alone has a text of its own.
+    EXPECT_THAT(explain(0x20000000), ElementsAre(told(ErrorKind::library, "wrong error mask")));
 }
 
 TEST(ErrorMeanings, UnknownCodesAndZeroHaveNoMeaning) {

@@ -27,6 +27,13 @@ class Explain(ToolTest):
         self.assertIn("'light' limit", result.stdout)
         self.assertIn("bus-off", result.stdout)
 
+    def test_tells_codes_that_the_library_has_no_text_for(self):
+        result = run("explain", "0x30000209")
+        self.assert_ended(result, SUCCESS)
+        self.assertIn("Unknown Error. Code: 0x30000209", result.stdout)
+        self.assertRegex(result.stdout, r"meaning: +the gain .* above 3200")
+        self.assertRegex(result.stdout, r"what to try: +choose a higher cut-off frequency")
+
     def test_zero_is_no_error(self):
         result = run("explain", "0")
         self.assert_ended(result, SUCCESS)

@@ -45,5 +45,6 @@ void addZeroCommand(CommandLine& commandLine);
 void addUnitsCommand(CommandLine& commandLine);
 void addSettingsCommand(CommandLine& commandLine);
 void addConfigCommand(CommandLine& commandLine);
+void addFilterCommand(CommandLine& commandLine);
 
 }  // namespace torvik::tool

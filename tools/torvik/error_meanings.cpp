@@ -11,6 +11,7 @@ namespace torvik::tool {
 namespace {
 
 constexpr std::uint32_t noAdapterLibrary = 0x10000;
+constexpr std::uint32_t systemCodeMask = 0xFFFF;
 
 std::span<const ErrorMeaning> meaningsOf(ErrorKind kind) {
     switch (kind) {
@@ -41,6 +42,15 @@ void appendRows(std::uint32_t code, std::vector<Explanation>& explanations) {
     }
 }
 
+void appendWithoutText(std::uint32_t code, std::vector<Explanation>& explanations) {
+    for (const TextlessMeaning& row : textlessMeanings()) {
+        const bool meant = row.isMark ? code != row.code && (code & ~systemCodeMask) == row.code : code == row.code;
+        if (!meant) continue;
+        explanations.push_back(
+            {ErrorKind::library, code, std::string(row.text), std::string(row.meaning), std::string(row.advice)});
+    }
+}
+
 std::vector<Explanation> explainAdapterBits(std::uint32_t code) {
     std::vector<Explanation> explanations;
     for (std::uint32_t rest = code; rest != 0; rest &= rest - 1) {
@@ -63,13 +73,7 @@ std::vector<Explanation> explain(std::uint32_t code) {
     std::vector<Explanation> explanations;
     if (code == 0) return explanations;
     appendRows(code, explanations);
-    if (code == error::wrongFrameArguments) {
-        // The library stores this code although it has no text for it.
-        const ErrorMeaning* meaning = findMeaning(ErrorKind::library, code, 0);
-        explanations.push_back({ErrorKind::library, code, "arguments of a command refused",
-                                std::string(meaning ? meaning->meaning : ""),
-                                std::string(meaning ? meaning->advice : "")});
-    }
+    appendWithoutText(code, explanations);
     return explanations.empty() ? explainAdapterBits(code) : explanations;
 }
 

@@ -21,6 +21,17 @@ std::span<const ErrorMeaning> libraryMeanings();
 std::span<const ErrorMeaning> deviceMeanings();
 std::span<const ErrorMeaning> adapterMeanings();
 
+/// The meaning of a code that the library tells, but has no text for.
+struct TextlessMeaning {
+    std::uint32_t code;
+    bool isMark;  ///< the code stands in the high bits, the system's own error code in the low 16
+    std::string_view text;
+    std::string_view meaning;
+    std::string_view advice;
+};
+
+std::span<const TextlessMeaning> textlessMeanings();
+
 /// One of the meanings of a code: who tells it, with which text, and what to do about it.
 struct Explanation {
     ErrorKind kind;

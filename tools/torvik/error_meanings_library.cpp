@@ -28,8 +28,6 @@ constexpr auto libraryRows = std::to_array<ErrorMeaning>({
     {0xF9, "the device did not tell on which identifier it sends its values: nothing usable answered at all",
      "check that the device has supply, that bit rate and identifiers are those it is set to, and the bus "
      "termination (120 ohms at both ends)"},
-    {0x30, "a command was refused before it was sent: the device number is above 39 or there are too many parameters",
-     "use a device number of 1..39"},
     {0x20000000, kept, "repeat the call"},
     {0x300000F3, "there was not enough memory for the value buffers", "choose a smaller buffer (--buffer)"},
     {0x30000100,

@@ -14,6 +14,7 @@ enum class ExitCode : int {
     streamFailed = 5,
     outputFailed = 6,
     differs = 7,
+    notDrawn = 8,
     interrupted = 130,
 };
 
@@ -26,7 +27,9 @@ inline constexpr std::string_view exitCodeHelp =
     "  4    the device did not answer, refused what it was asked, or could not be activated\n"
     "  5    failure while streaming\n"
     "  6    the output could not be written\n"
-    "  7    set, config load: the device reads back another value; config diff: something differs\n"
+    "  7    set, config load: the device reads back another value; config diff: something differs;\n"
+    "       filter load, on, off: the device reads back another filter\n"
+    "  8    filter plot: gnuplot is not installed, or could not draw\n"
     "  130  interrupted (Ctrl-C, or asked to end); the device has been released";
 
 }  // namespace torvik::tool

@@ -36,6 +36,7 @@ void setUpParser(CommandLine& commandLine) {
     addUnitsCommand(commandLine);
     addSettingsCommand(commandLine);
     addConfigCommand(commandLine);
+    addFilterCommand(commandLine);
     app.footer(std::string(exitCodeHelp));
     for (CLI::App* const command : app.get_subcommands({}))
         command->footer(std::string(exitCodeHelp));

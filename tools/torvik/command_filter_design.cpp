@@ -1,0 +1,200 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "TORVIK.h"
+#include "command_filter.h"
+#include "connection.h"
+#include "error_meanings.h"
+#include "filter/response_files.h"
+#include "filters/device_filter.h"
+#include "filters/filter_analysis.h"
+#include "filters/filter_page.h"
+#include "filters/filter_plot.h"
+#include "filters/request_options.h"
+#include "platform/plotter.h"
+
+namespace torvik::tool {
+
+namespace {
+
+struct PlotOptions {
+    RequestOptions design;
+    std::string file;
+};
+
+/// The design, and the device whose sampling frequency it is for, when there is one.
+struct DesignForDevice {
+    std::optional<Connection> connection;
+    FilterDesign design;
+    std::string source;
+};
+
+std::unique_ptr<DesignForDevice> makeDesign(const RequestOptions& options, const ConnectionOptions& connection) {
+    const FilterRequest request = options.checked();
+    auto made = std::make_unique<DesignForDevice>();
+    double fs = options.rate;
+    made->source = "given";
+    if (fs == 0) {
+        made->connection.emplace(connection);
+        fs = samplingFrequencyOf(*made->connection);
+        made->source = "of the device";
+    }
+    made->design = designRequest(request, fs, connection.protocolKind);
+    for (const std::string& warning : designWarnings(made->design))
+        printMessage(fmt::format("torvik: warning: {}\n", warning));
+    return made;
+}
+
+ExitCode runDesign(Session& session, const RequestOptions& options, const ConnectionOptions& connection) {
+    const auto made = makeDesign(options, connection);
+    writeData(session, designPage(made->design, made->source));
+    return ExitCode::success;
+}
+
+PictureFormat formatOf(const std::filesystem::path& file) {
+    if (file.extension() == ".png") return PictureFormat::png;
+    if (file.extension() == ".svg") return PictureFormat::svg;
+    throw Failure{.exitCode = ExitCode::usage,
+                  .tried = fmt::format("plotting into '{}'", file.string()),
+                  .reason = "the file's name tells the format, and this one ends with neither .png nor .svg",
+                  .advice = "give a name like filter.png or filter.svg"};
+}
+
+/// The file beside the picture with another ending.
+std::string besidePicture(std::filesystem::path picture, std::string_view ending) {
+    return picture.replace_extension().string() + std::string(ending);
+}
+
+constexpr std::string_view pathAdvice = "check the path, the right to write there, and the disk for free space";
+
+[[noreturn]] void failWriting(const std::string& file, std::uint32_t code) {
+    throw Failure{.exitCode = ExitCode::outputFailed,
+                  .tried = fmt::format("writing the response file '{}'", file),
+                  .error = LibraryError{.code = code, .text = errorText(code)}};
+}
+
+/// The library's two text files: written by the library where there is a device, else by the same code without one.
+class ResponseFiles {
+  public:
+    explicit ResponseFiles(DesignForDevice& made) : made_(made) {}
+
+    void writeStep(const std::string& file) {
+        constexpr std::int32_t stepMode = 2;
+        const std::int32_t points = static_cast<std::int32_t>(
+            std::clamp<std::size_t>(settlingSamples(design().designed, 1000) * 3 / 2, 20, 1000));
+        const std::uint32_t code = made_.connection ? simulate(stepMode, points, file)
+                                                    : writeStepResponse(*design().filter, singlePrecision, 0, 1,
+                                                                        design().fs, points, file.c_str());
+        if (code != filter_error::none) failWriting(file, code);
+    }
+
+    void writeFrequencies(const std::string& file) {
+        constexpr std::int32_t frequencyMode = 1;
+        constexpr std::int32_t points = 500;
+        const double fs = design().fs;
+        const std::uint32_t code =
+            made_.connection
+                ? simulate(frequencyMode, points, file)
+                : writeFrequencyResponse(*design().filter, singlePrecision, fs / 250, fs / 2, fs, points, file.c_str());
+        if (code != filter_error::none) failWriting(file, code);
+    }
+
+  private:
+    FilterDesign& design() { return made_.design; }
+
+    std::uint32_t simulate(std::int32_t mode, std::int32_t points, const std::string& file) {
+        constexpr std::uint32_t designOnly = 9;
+        const FilterRequest& request = design().request;
+        const std::int32_t deviceNo = made_.connection->deviceNo();
+        if (TORVIKcalcSetDfilterParams(deviceNo, designOnly, 0, static_cast<std::uint32_t>(request.kind),
+                                       static_cast<std::uint32_t>(request.characteristic), filterOrder, request.f1,
+                                       request.f2) != 0)
+            made_.connection->fail(ExitCode::deviceFailed, "designing the filter for the device");
+        if (TORVIKsimulateDfilter(deviceNo, mode, 0, design().fs / 2, 0, points, file.c_str()) == 0) return 0;
+        return takeErrorOfCall(static_cast<std::uint32_t>(deviceNo)).code;
+    }
+
+    DesignForDevice& made_;
+};
+
+void writeScript(const std::string& file, const std::string& script) {
+    std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+    stream << script;
+    stream.close();
+    if (stream) return;
+    throw Failure{.exitCode = ExitCode::outputFailed,
+                  .tried = fmt::format("writing gnuplot's commands into '{}'", file),
+                  .reason = "the file cannot be made or written",
+                  .advice = std::string(pathAdvice)};
+}
+
+void draw(const std::string& script, const std::string& picture) {
+    const auto result = platform::runGnuplot(script);
+    if (!result) {
+        throw Failure{.exitCode = ExitCode::notDrawn,
+                      .tried = fmt::format("drawing '{}'", picture),
+                      .reason = "there is no program gnuplot on the path",
+                      .advice = fmt::format("install gnuplot (Debian: apt-get install gnuplot-nox; Windows: "
+                                            "gnuplot's installer, with its folder on the path), then run 'gnuplot {}'",
+                                            script)};
+    }
+    if (*result == 0) return;
+    throw Failure{.exitCode = ExitCode::notDrawn,
+                  .tried = fmt::format("drawing '{}'", picture),
+                  .reason = fmt::format("gnuplot ended with exit code {}", *result),
+                  .advice = "read gnuplot's message above; " + std::string(pathAdvice)};
+}
+
+ExitCode runPlot(Session& session, const PlotOptions& options, const ConnectionOptions& connection) {
+    const PictureFormat format = formatOf(options.file);
+    const auto made = makeDesign(options.design, connection);
+    const std::string step = besidePicture(options.file, "-step.txt");
+    const std::string frequencies = besidePicture(options.file, "-frequency.txt");
+    const std::string script = besidePicture(options.file, ".gnuplot");
+    ResponseFiles files(*made);
+    files.writeStep(step);
+    files.writeFrequencies(frequencies);
+    made->connection.reset();
+    writeScript(script, plotScript(made->design, format, options.file));
+    draw(script, options.file);
+    writeData(session, fmt::format("{}\n{}\n{}\n{}\n", options.file, step, frequencies, script));
+    return ExitCode::success;
+}
+
+}  // namespace
+
+void addFilterDesignVerbs(CLI::App& filter, CommandLine& commandLine) {
+    CLI::App* const design = filter.add_subcommand("design", "tell poles, coefficients, -3 dB points and delay");
+    const auto designOptions = std::make_shared<RequestOptions>();
+    addRequestOptions(*design, *designOptions);
+    addRateOption(*design, *designOptions);
+    addConnectionOptions(*design, commandLine.connection);
+    design->callback([&commandLine, designOptions] {
+        commandLine.action = [&commandLine, designOptions](Session& session) {
+            return runDesign(session, *designOptions, commandLine.connection);
+        };
+    });
+
+    CLI::App* const plot =
+        filter.add_subcommand("plot", "draw step and frequency response with gnuplot, and write the two text files");
+    const auto plotOptions = std::make_shared<PlotOptions>();
+    plot->add_option("FILE", plotOptions->file, "the picture: *.png or *.svg; the other files stand beside it")
+        ->required()
+        ->type_name("");
+    addRequestOptions(*plot, plotOptions->design);
+    addRateOption(*plot, plotOptions->design);
+    addConnectionOptions(*plot, commandLine.connection);
+    plot->callback([&commandLine, plotOptions] {
+        commandLine.action = [&commandLine, plotOptions](Session& session) {
+            return runPlot(session, *plotOptions, commandLine.connection);
+        };
+    });
+}
+
+}  // namespace torvik::tool
