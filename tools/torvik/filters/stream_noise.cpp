@@ -68,6 +68,7 @@ std::vector<double> measureNoise(Session& session, const Connection& connection,
     }
     if (sets < fewestSets) failWithoutValues();
     std::vector<double> deviations;
+    deviations.reserve(channels);
     for (const Spread& spread : spreads)
         deviations.push_back(spread.deviation());
     return deviations;
