@@ -1,0 +1,131 @@
+#!/usr/bin/python3
+"""How much longer the library takes than the frames need on the bus: bus_time.py BUILD_DIRECTORY [ROUNDS]
+
+The virtual bus runs in real time. Everything is read that an amplifier tells, then a calibration file is loaded; what the
+library wrote is written again straight into the adapter, all at once, so that the bus is never idle: that time is the
+frames' own. Rounds alternate; the median of the ratios counts.
+"""
+import ctypes
+import pathlib
+import statistics
+import sys
+import time
+
+BUILD = pathlib.Path(sys.argv[1])
+ROUNDS = int(sys.argv[2]) if len(sys.argv) > 2 else 7
+SAMPLES = pathlib.Path(__file__).resolve().parent.parent / "examples/calibration"
+CHANNEL, COMMAND_ID, DEVICE, SLOT = 0x51, 0x100, 1, 3
+BENCH = b"[bus]\ntiming = true\n[[amplifier]]\nstreaming = false\nreset_time_ms = 0\n"
+
+
+class Frame(ctypes.Structure):
+    _fields_ = [("id", ctypes.c_uint32), ("type", ctypes.c_uint8), ("length", ctypes.c_uint8),
+                ("data", ctypes.c_uint8 * 8)]
+
+
+adapter = ctypes.CDLL(str(BUILD / "virtual/libpcanbasic.so"), mode=ctypes.RTLD_GLOBAL)
+torvik = ctypes.CDLL(str(BUILD / "libTORVIK.so"))
+
+
+def taken(result):
+    if result < 0:
+        code, text = ctypes.c_uint32(), ctypes.create_string_buffer(128)
+        torvik.TORVIKgetLastErrorText(DEVICE, text, ctypes.byref(code))
+        sys.exit(f"a call failed: {text.value.decode()}")
+
+
+def read_everything():
+    """The readable settings of a six-channel amplifier."""
+    number, other, value, second = ctypes.c_uint32(), ctypes.c_uint32(), ctypes.c_double(), ctypes.c_double()
+    byte_a, byte_b, text = ctypes.c_uint8(), ctypes.c_uint8(), ctypes.create_string_buffer(16)
+    ref = ctypes.byref
+    for name in ("SerialNo", "Mode", "FirmwareVersion", "HardwareVersion", "SoftwareConfiguration"):
+        taken(getattr(torvik, "TORVIKget" + name)(DEVICE, ref(number)))
+    for index in range(2):
+        taken(torvik.TORVIKgetTXmode(DEVICE, index, ref(number)))
+        taken(torvik.TORVIKreadDeviceHours(DEVICE, index, ref(value)))
+    taken(torvik.TORVIKgetFrequency(DEVICE, ref(value)))
+    taken(torvik.TORVIKgetDataRateRange(DEVICE, ref(value), ref(second)))
+    taken(torvik.TORVIKreadAnalogueFilter(DEVICE, ref(number)))
+    for index in range(8):
+        taken(torvik.TORVIKgetCANSettings(DEVICE, index, ref(number)))
+    for index in range(17):
+        taken(torvik.TORVIKgetTXMapping(DEVICE, index, ref(number)))
+    for channel in range(1, 7):
+        taken(torvik.TORVIKreadZero(DEVICE, channel, ref(number)))
+        for name in ("readAoutOffset", "readAoutScale", "readUserOffset", "readUserScale", "getNoiseCutThreshold"):
+            taken(getattr(torvik, "TORVIK" + name)(DEVICE, channel, ref(value)))
+        taken(torvik.TORVIKgetAoutType(DEVICE, channel, ref(byte_a), ref(byte_b)))
+        taken(torvik.TORVIKgetInTypeRange(DEVICE, channel, ref(number), ref(value)))
+        taken(torvik.TORVIKreadInputSensitivity(DEVICE, channel, ref(value)))
+        taken(torvik.TORVIKgetUnitNo(DEVICE, channel, ref(other)))
+        taken(torvik.TORVIKgetUnitText(DEVICE, channel, 0, text))
+        for index in range(6):
+            taken(torvik.TORVIKreadCal(DEVICE, index, channel - 1, ref(value)))
+
+
+def load_calibration():
+    taken(torvik.TORVIKwriteFTSensorCalFromFile(DEVICE, SLOT, str(sample()).encode()))
+
+
+def sample():
+    """The six-input, six-output sample that takes the most frames."""
+    return max(SAMPLES.glob("*.ini"), key=lambda path: path.stat().st_size)
+
+
+def open_device():
+    torvik.TORVIKrelease(0)
+    if adapter.virtualConfigure(BENCH) != 0:
+        sys.exit("the bench is not understood")
+    taken(torvik.TORVIKactivateStd(DEVICE, ctypes.byref(ctypes.c_uint32())))
+    taken(torvik.TORVIKstopTX(DEVICE))
+    written()
+
+
+def written():
+    frames = (Frame * 4096)()
+    return frames[:adapter.virtualTakeWritten(frames, len(frames))]
+
+
+def answers_of(frames):
+    """Commands draw one answer each, the user texts and the model name more."""
+    return sum({0x11: 2, 0x1B: 4}.get(frame.data[1], 1) for frame in frames)
+
+
+def time_of_the_bus(frames):
+    """Writes the commands all at once; the bus is then busy from the first frame to the last answer."""
+    torvik.TORVIKrelease(0)
+    adapter.virtualConfigure(BENCH)
+    if adapter.CAN_Initialize(CHANNEL, 0x0014, 0, 0, 0) != 0:
+        sys.exit("the channel does not open")
+    waiting, message, stamp = answers_of(frames), Frame(), (ctypes.c_uint8 * 8)()
+    begun = time.perf_counter()
+    for frame in frames:
+        if adapter.CAN_Write(CHANNEL, ctypes.byref(frame)) != 0:
+            sys.exit("a command is not taken")
+    while waiting > 0:
+        if adapter.CAN_Read(CHANNEL, ctypes.byref(message), stamp) == 0:
+            waiting -= message.id == COMMAND_ID + 1
+        if time.perf_counter() - begun > 10:
+            sys.exit(f"{waiting} answers are missing")
+    elapsed = time.perf_counter() - begun
+    adapter.CAN_Uninitialize(CHANNEL)
+    return elapsed
+
+
+def measure(name, action, goal):
+    ratios = []
+    for _ in range(ROUNDS):
+        open_device()
+        begun = time.perf_counter()
+        action()
+        elapsed = time.perf_counter() - begun
+        frames = written()
+        ratios.append(elapsed / time_of_the_bus(frames))
+    ratio = statistics.median(ratios)
+    print(f"{name}, {len(frames)} commands: time to the frames' own on the bus"
+          f"  {ratio:.2f}  ({min(ratios):.2f} .. {max(ratios):.2f})  goal <= {goal}  {'met' if ratio <= goal else 'MISSED'}")
+
+
+measure("reading all settings", read_everything, 1.3)
+measure("loading a calibration", load_calibration, 1.25)
