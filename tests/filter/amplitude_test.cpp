@@ -118,7 +118,8 @@ class EveryPrototypeAndKind : public FilterTest, public testing::WithParamInterf
     }
 
     double expectedAmplitude(double alpha, int order) {
-        const auto& [prototype, kind] = GetParam();
+        const auto& prototype = GetParam().prototype;
+        const auto& kind = GetParam().kind;
         const auto unscaled = [&](double at) {
             const double w = kind.prototypeFrequency(warped(at), warped(kind.alpha1), warped(kind.alpha2));
             return prototype.amplitude(w, order);
