@@ -2,8 +2,8 @@
 
 #include <iconv.h>
 
-#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 
 namespace torvik::platform {
@@ -11,7 +11,9 @@ namespace torvik::platform {
 namespace {
 
 bool isOpen(iconv_t conversion) {
-    return std::bit_cast<std::intptr_t>(conversion) != -1;
+    std::intptr_t number = 0;
+    std::memcpy(&number, &conversion, sizeof number);
+    return number != -1;
 }
 
 struct CloseConversion {
