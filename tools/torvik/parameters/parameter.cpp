@@ -119,7 +119,7 @@ std::string describePlace(const Parameter& parameter, Place place) {
 
 std::string allowedPlaces(const PlaceRange& range) {
     if (range.single()) return {};
-    const std::string majors = fmt::format("{} {}..{}", range.what, range.first, range.last);
+    std::string majors = fmt::format("{} {}..{}", range.what, range.first, range.last);
     if (!range.paired()) return majors;
     return fmt::format("{}, a point and {} {}..{}", majors, range.minorWhat, range.minorFirst, range.minorLast);
 }
