@@ -209,14 +209,23 @@ Nanoseconds Adapter::monotonicTime() {
 
 void Adapter::lookAtClock() {
     readsSinceLook_ = 0;
-    if (const Nanoseconds now = monotonicTime(); now >= bus_.nextDue()) bus_.advance(now, *this);
+    Nanoseconds now = monotonicTime();
+    // The client was woken for this answer a little early.
+    while (notifier_.active() && now < bus_.nextDue() && now >= wakeTime())
+        now = monotonicTime();
+    if (now >= bus_.nextDue()) bus_.advance(now, *this);
     notify();
+}
+
+Nanoseconds Adapter::wakeTime() const {
+    const Nanoseconds due = bus_.nextDue();
+    return due != kNever && bus_.answerNext() ? due - ReceiveNotifier::headStart() : due;
 }
 
 void Adapter::notify() {
     if (!notifier_.active()) return;
     const bool waiting = !paused_ && (!received_.empty() || overrun_);
-    notifier_.update(waiting, arrived_, paused_ ? kNever : bus_.nextDue());
+    notifier_.update(waiting, arrived_, paused_ ? kNever : wakeTime());
     arrived_ = false;
 }
 

@@ -91,6 +91,8 @@ class Adapter final : public FrameReceiver {
     void advance() { bus_.advance(monotonicTime(), *this); }
     [[nodiscard]] static Nanoseconds monotonicTime();
     void notify();
+    // When the client is to look for the next frame.
+    [[nodiscard]] Nanoseconds wakeTime() const;
     void closeChannel();
     void discardWaiting();
     void remember(const Frame& frame);

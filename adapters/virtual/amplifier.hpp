@@ -63,8 +63,9 @@ class Amplifier {
     void hold(bool on, Nanoseconds now);
     void queueAnswer(const Reply::Answer& answer, Nanoseconds ready);
 
-    // When its next frame is ready, and that frame's identifier.
+    // When its next frame is ready, what it is, and its identifier.
     [[nodiscard]] Nanoseconds headTime() const { return headTime_; }
+    [[nodiscard]] bool headIsAnswer() const { return !setBegun() && answerTime() <= setTime(); }
     [[nodiscard]] std::uint32_t headId() const { return headIsAnswer() ? identifiers_.answer : identifiers_.value; }
 
     enum class Sent : std::uint8_t { nothing, answer, value };
@@ -88,7 +89,6 @@ class Amplifier {
     void forgetUnsent();
     [[nodiscard]] Nanoseconds setTime() const;
     [[nodiscard]] Nanoseconds answerTime() const { return answers_.empty() ? kNever : answers_.front().ready; }
-    [[nodiscard]] bool headIsAnswer() const { return !setBegun() && answerTime() <= setTime(); }
     void beginSet(Nanoseconds begun);
     void restartSchedule(Nanoseconds now);
     void updateHead();

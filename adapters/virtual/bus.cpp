@@ -138,7 +138,9 @@ void Bus::findNextDue() {
     }
     nextDue_ = turn.begin + duration(turn.node);
     // What the client sends itself does not come back to it; the earliest that can follow is a frame of 8 bytes.
-    if (timing_ && turn.node == clientNode()) nextDue_ += frameDuration(frameBits(kStandardFrame, 8), bitRate_);
+    const bool client = turn.node == clientNode();
+    answerNext_ = client || (turn.node < amplifiers_.size() && amplifiers_[turn.node]->headIsAnswer());
+    if (timing_ && client) nextDue_ += frameDuration(frameBits(kStandardFrame, 8), bitRate_);
 }
 
 std::uint32_t Bus::headId(std::size_t node) const {

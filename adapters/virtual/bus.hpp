@@ -47,6 +47,8 @@ class Bus {
     // When the next frame reaches the adapter, at the earliest. With bus timing it can be later by the time of the
     // frames that the client itself has still to send.
     [[nodiscard]] Nanoseconds nextDue() const { return nextDue_; }
+    // That frame may be an answer.
+    [[nodiscard]] bool answerNext() const { return answerNext_; }
     void advance(Nanoseconds now, FrameReceiver& receiver);
 
     // A frame of the client's. False: the transmit queue is full (with bus timing only).
@@ -101,6 +103,7 @@ class Bus {
     std::uint32_t bitRate_ = 0;
     Nanoseconds busFree_ = 0;
     Nanoseconds nextDue_ = kNever;
+    bool answerNext_ = false;
     std::vector<std::unique_ptr<Amplifier>> amplifiers_;
     std::vector<std::uint32_t> commandIds_;  // per amplifier
     std::vector<Nanoseconds> ready_;         // per node

@@ -25,9 +25,13 @@ class ReceiveNotifier {
 
     [[nodiscard]] bool active() const { return active_; }
 
-    // waiting: the client has something to read. arrived: something came since the last call. nextDue: when the next
-    // frame will be there.
-    void update(bool waiting, bool arrived, Nanoseconds nextDue);
+    // How long before an answer is due its client is to be woken, so that it reads at the due time and not when the
+    // system has got round to it: a device would not wait for the client's processor either.
+    static Nanoseconds headStart();
+
+    // waiting: the client has something to read. arrived: something came since the last call. wakeTime: when the client
+    // is to look for the next frame.
+    void update(bool waiting, bool arrived, Nanoseconds wakeTime);
 
     // `dueTimeReached` was called.
     void expired();

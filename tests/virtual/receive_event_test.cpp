@@ -56,8 +56,8 @@ TEST_F(ReceiveNotification, DueAnswerWakesAtItsTime) {
         auto start = steady_clock::now();
         CAN_Write(kUsb, &command);
         ASSERT_TRUE(event.wait(kLongest));
-        answers.push_back(lateness(start));
         EXPECT_TRUE(readFrame()) << "woken before the frame was there";
+        answers.push_back(lateness(start));
         start = steady_clock::now();
         std::this_thread::sleep_for(delay);
         sleeps.push_back(lateness(start));

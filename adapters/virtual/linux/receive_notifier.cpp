@@ -87,9 +87,13 @@ Status ReceiveNotifier::set(std::uint64_t /*value*/) {
     return kOk;
 }
 
-void ReceiveNotifier::update(bool waiting, bool /*arrived*/, Nanoseconds nextDue) {
+Nanoseconds ReceiveNotifier::headStart() {
+    return 50'000;
+}
+
+void ReceiveNotifier::update(bool waiting, bool /*arrived*/, Nanoseconds wakeTime) {
     system_->signal(waiting);
-    if (!waiting) system_->arm(nextDue);
+    if (!waiting) system_->arm(wakeTime);
 }
 
 // The kernel's timer tells the client itself.

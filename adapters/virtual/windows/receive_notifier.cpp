@@ -92,9 +92,14 @@ Status ReceiveNotifier::set(std::uint64_t value) {
     return kOk;
 }
 
-void ReceiveNotifier::update(bool waiting, bool arrived, Nanoseconds nextDue) {
+// The due frame is fetched before the client is woken.
+Nanoseconds ReceiveNotifier::headStart() {
+    return 0;
+}
+
+void ReceiveNotifier::update(bool waiting, bool arrived, Nanoseconds wakeTime) {
     if (waiting && arrived) SetEvent(handleOf(system_->event));
-    system_->arm(nextDue);
+    system_->arm(wakeTime);
 }
 
 void ReceiveNotifier::expired() {
