@@ -1,16 +1,8 @@
 #include "calib/calibration_arrays.h"
 
-#include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <cstring>
-#include <limits>
-#include <string_view>
-
 #include "calib/calibration_device.h"
 #include "core/device_table.h"
 #include "core/error_codes.h"
-#include "params/device_numbers.h"
 
 namespace torvik {
 
@@ -68,22 +60,6 @@ std::optional<std::int32_t> readUsableFormatWord(std::uint8_t deviceNo) {
 }
 
 }  // namespace
-
-std::optional<std::uint32_t> parseSerialText(const char* text) {
-    constexpr std::size_t longestPrefix = 255;
-    std::size_t skipped = 0;
-    for (; *text != '\0' && (*text < '0' || *text > '9'); ++text) {
-        if (++skipped == longestPrefix) return 0;
-    }
-    std::uint64_t serial = 0;
-    const auto result = std::from_chars(text, text + std::strlen(text), serial);
-    if (result.ec == std::errc::result_out_of_range || serial > highestSerialNumber) return std::nullopt;
-    return static_cast<std::uint32_t>(serial);
-}
-
-bool isTooSmallForScale(double scale) {
-    return isNan(scale) || std::abs(scale) < static_cast<double>(std::numeric_limits<float>::min());
-}
 
 std::int32_t writeStandardArrays(std::uint8_t deviceNo, const CalibrationArrays& arrays) {
     const StreamPause pause(deviceRecord(deviceNo), deviceNo);

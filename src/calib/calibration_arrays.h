@@ -7,15 +7,9 @@
 #include <span>
 
 #include "calib/calibration_format.h"
+#include "calib/calibration_limits.h"
 
 namespace torvik {
-
-// The digits of a serial number text: leading other characters are skipped, a text without digits is 0.
-// Nothing: above 99999999.
-std::optional<std::uint32_t> parseSerialText(const char* text);
-
-// Whether a scale factor is 0 or so small that single precision does not hold it in full.
-bool isTooSmallForScale(double scale);
 
 // What a calibration consists of; `zeroSignals` may be absent, an absent `offsets` is written as zeros.
 struct CalibrationArrays {

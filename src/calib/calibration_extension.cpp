@@ -13,7 +13,6 @@ namespace torvik {
 
 namespace {
 
-constexpr std::uint32_t highestFactor = 5;
 constexpr std::size_t modelParts = 4;
 constexpr std::size_t partSize = modelNameSize / modelParts;
 

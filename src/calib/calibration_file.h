@@ -8,6 +8,7 @@
 #include <string>
 
 #include "calib/calibration_format.h"
+#include "calib/calibration_report.h"
 
 namespace torvik {
 
@@ -59,5 +60,9 @@ std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFi
 using FileReader = std::function<std::uint32_t(const std::string& path, std::string& text)>;
 std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFile& calibration,
                                   const FileReader& files);
+
+// The same for a person: reads everything, goes on behind what the file is refused for, also looks for what would end a
+// loading later, and reports every value. Result: 0, or the code of the first problem.
+std::uint32_t checkCalibrationFile(const char* path, CalibrationFile& calibration, CalibrationReport& report);
 
 }  // namespace torvik

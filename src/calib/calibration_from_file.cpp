@@ -14,7 +14,6 @@ namespace torvik {
 namespace {
 
 constexpr std::size_t userTexts = 2;
-constexpr std::size_t longestUnitText = 10;
 
 std::int32_t writeFileExtension(std::uint8_t deviceNo, const CalibrationFile& calibration) {
     ExtensionArrays arrays;

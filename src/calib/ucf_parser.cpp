@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "calib/ascii_look_alikes.h"
+#include "calib/calibration_report.h"
 #include "calib/number_syntax.h"
 #include "platform/code_page.h"
 
@@ -11,7 +12,6 @@ namespace torvik {
 
 namespace {
 
-constexpr std::size_t lineLength = 127;
 constexpr std::size_t headerLimit = 32;
 constexpr std::size_t stringLimit = 256;
 constexpr int lineLimit = 200'000;
@@ -54,10 +54,16 @@ std::optional<std::string_view> LineReader::next() {
     while (!rest_.empty() && (rest_.front() == '\n' || rest_.starts_with("\r\n")))
         rest_ = withoutLeading(rest_, whiteSpace);
     if (rest_.empty()) return std::nullopt;
-    std::string_view line = rest_.substr(0, std::min(lineLength, rest_.find('\n')));
+    std::string_view line = rest_.substr(0, std::min(longestLine, rest_.find('\n')));
     rest_ = withoutLeading(rest_.substr(line.size()), whiteSpace);
     if (line.ends_with('\r')) line.remove_suffix(1);
     return line.substr(0, line.find('\0'));
+}
+
+bool isCut(std::string_view text, std::string_view line) {
+    if (line.size() < longestLine) return false;
+    const std::string_view behind = text.substr(static_cast<std::size_t>(line.data() - text.data()) + line.size());
+    return !withoutLeading(behind.substr(0, behind.find('\n')), whiteSpace).empty();
 }
 
 UCFparser::UCFparser(std::string text, std::uint32_t codePage) : text_(std::move(text)), codePage_(codePage) {}
@@ -78,6 +84,11 @@ std::optional<std::string_view> UCFparser::value(std::string_view section, std::
         }
     }
     return std::nullopt;
+}
+
+std::size_t UCFparser::lineOf(std::string_view section, std::string_view key) const {
+    const auto found = value(section, key);
+    return found ? lineNumberOf(text_, *found) : 0;
 }
 
 std::int32_t UCFparser::integer(std::string_view section, std::string_view key) const {

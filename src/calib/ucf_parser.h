@@ -8,6 +8,8 @@
 
 namespace torvik {
 
+inline constexpr std::size_t longestLine = 127;
+
 // The lines of a text as the reading format "%127[^\n]\n" delivers them: at most 127 characters, white space behind a
 // line is passed over, and the rest of a longer line is the next one. Line ends may be LF or CR LF.
 class LineReader {
@@ -20,6 +22,9 @@ class LineReader {
   private:
     std::string_view rest_;
 };
+
+// Whether a line that was read from the text goes on behind its 127 characters, as the next line.
+bool isCut(std::string_view text, std::string_view line);
 
 // Every look-up starts at the beginning of the text and gives up after 200,000 lines. Section names and keys are
 // compared exactly; of a section that stands twice, the first counts.
@@ -40,6 +45,9 @@ class UCFparser {
     double real(std::string_view section, std::string_view key) const;
     // Nothing: missing, or its quotes do not end, or it cannot be converted.
     std::optional<std::string> string(std::string_view section, std::string_view key) const;
+
+    // The line in which the key stands that counts, from 1; 0: nowhere.
+    std::size_t lineOf(std::string_view section, std::string_view key) const;
 
   private:
     std::optional<std::string_view> value(std::string_view section, std::string_view key) const;
