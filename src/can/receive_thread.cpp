@@ -26,15 +26,16 @@ constinit std::atomic<std::uint32_t> currentThread = 0;
 struct FaultRow {
     const char* message;
     std::uint32_t status;
+    AdapterFault fault;
     bool reset;
 };
 
 constexpr FaultRow faultRows[] = {
-    {"Fehler: PCAN_ERROR_BUSLIGHT\n", pcan::busLight, true},
-    {"Fehler: PCAN_ERROR_BUSHEAVY\n", pcan::busHeavy, true},
-    {"Fehler: PCAN_ERROR_BUSOFF\n", pcan::busOff, true},
-    {"Fehler: PCAN_ERROR_QOVERRUN\n", pcan::queueOverrun, true},
-    {"Fehler: PCAN_ERROR_ILLHW\n", pcan::illegalHardware, false},
+    {"Fehler: PCAN_ERROR_BUSLIGHT\n", pcan::busLight, AdapterFault::busLight, true},
+    {"Fehler: PCAN_ERROR_BUSHEAVY\n", pcan::busHeavy, AdapterFault::busHeavy, true},
+    {"Fehler: PCAN_ERROR_BUSOFF\n", pcan::busOff, AdapterFault::busOff, true},
+    {"Fehler: PCAN_ERROR_QOVERRUN\n", pcan::queueOverrun, AdapterFault::queueOverrun, true},
+    {"Fehler: PCAN_ERROR_ILLHW\n", pcan::illegalHardware, AdapterFault::illegalHardware, false},
 };
 
 const FaultRow* faultRowOf(std::uint32_t status) {
@@ -42,6 +43,12 @@ const FaultRow* faultRowOf(std::uint32_t status) {
         if (row.status == status) return &row;
     }
     return nullptr;
+}
+
+void countFault(const FaultRow* row, std::uint32_t status) {
+    const AdapterFault fault = row != nullptr ? row->fault : AdapterFault::other;
+    adapterCounters.faults[static_cast<std::size_t>(fault)].add();
+    if (fault == AdapterFault::other) adapterCounters.lastOtherFault.set(status);
 }
 
 std::uint8_t reportFault(std::uint32_t status, DeviceRecord& record) {
@@ -54,6 +61,7 @@ std::uint8_t reportFault(std::uint32_t status, DeviceRecord& record) {
             debugPrint("Fehler: Status %i\n", static_cast<int>(status));
         }
     }
+    countFault(row, status);
     setError(record, status);
     if (row != nullptr && row->reset) pcanReset(libraryState.channelHandle);
     return static_cast<std::uint8_t>(error::receiveLoopFault);
@@ -66,14 +74,32 @@ void printAnswer(const PcanMessage& message) {
 }
 
 void routeAnswer(DeviceRecord& record, const PcanMessage& message, const PcanTimestamp& timestamp) {
-    if (!storeAnswer(record, AnswerSlot{message.data, std::bit_cast<std::uint64_t>(timestamp)})) return;
+    if (!storeAnswer(record, AnswerSlot{message.data, std::bit_cast<std::uint64_t>(timestamp)})) {
+        return record.frames.end(FrameEnd::answerNotStored);
+    }
     if (libraryState.debugOutput) printAnswer(message);
 }
 
+// Null: the frame has been counted as one that belongs to no device.
 DeviceRecord* receiverOf(const PcanMessage& message) {
-    if (!answerMutex.lockFor(mutexLimit)) return nullptr;
+    if (!answerMutex.lockFor(mutexLimit)) {
+        adapterCounters.notRouted.add();
+        return nullptr;
+    }
     platform::TimedLock lock(answerMutex);
-    return findReceiver(message.id);
+    DeviceRecord* const receiver = findReceiver(message.id);
+    if (receiver == nullptr) adapterCounters.withoutDevice.add();
+    return receiver;
+}
+
+void routeFrame(DeviceRecord& record, const PcanMessage& message, const PcanTimestamp& timestamp) {
+    if (message.data[0] < 0x40) {
+        assembleValueFrame(record, message.data);
+    } else if (message.data[0] < 0x80) {
+        routeAnswer(record, message, timestamp);
+    } else {
+        record.frames.end(FrameEnd::command);
+    }
 }
 
 struct PassResult {
@@ -90,20 +116,20 @@ PassResult drainPass(std::uint32_t thread) {
         const std::uint32_t status = pcanRead(libraryState.channelHandle, message, timestamp);
         if (status == pcan::queueEmpty) break;
         // Given up while it was reading: what it has read belongs to nobody any more.
-        if (thread != currentThread.load(std::memory_order_relaxed)) break;
+        if (thread != currentThread.load(std::memory_order_relaxed)) {
+            if (status == pcan::ok) ++adapterCounters.afterEnd;
+            break;
+        }
         if (status != pcan::ok) {
             result.code = reportFault(status, *lastReceiver);
             break;
         }
+        adapterCounters.received.add();
         result.anyFrame = true;
         DeviceRecord* const receiver = receiverOf(message);
         if (receiver == nullptr) continue;
         lastReceiver = receiver;
-        if (message.data[0] < 0x40) {
-            assembleValueFrame(*receiver, message.data);
-        } else if (message.data[0] < 0x80) {
-            routeAnswer(*receiver, message, timestamp);
-        }
+        routeFrame(*receiver, message, timestamp);
     }
     return result;
 }

@@ -9,6 +9,7 @@
 
 #include "core/call_gate.h"
 #include "core/filter_object.h"
+#include "core/frame_counters.h"
 #include "core/library_state.h"
 #include "platform/sync.h"
 
@@ -48,7 +49,10 @@ struct SetAssembly {
     std::uint32_t setUpCount = 0;  // of the record, when this assembly began
     bool setInProgress = false;
     std::uint8_t setFramesReceived = 0;
+    std::uint8_t stagedChannels = 0;  // a bit for each channel index that has come
+    bool anyStored = false;
     std::uint32_t setSequence = 0;
+    std::uint32_t storedSequence = 0;                                     // of the last stored set
     std::array<std::array<std::uint8_t, 5>, channelLimit> stagingSlot{};  // status/type byte, four value bytes
 };
 
@@ -62,6 +66,8 @@ struct DeviceRecord {
     std::uint32_t answerWriteIndex GUARDED_BY(answerMutex) = 0;
     std::uint32_t answerReadIndex GUARDED_BY(answerMutex) = 0;
     std::atomic<std::uint32_t> answerCount = 0;
+    Counter answersTaken;      // written under answerMutex
+    Counter answersDiscarded;  // waited when the record was zeroed; written under answerMutex
 
     std::atomic<std::uint8_t> channelHandle = 0;
     std::atomic<std::uint8_t> ownDeviceNo = 0;
@@ -76,6 +82,10 @@ struct DeviceRecord {
     std::array<ValueBuffer, channelLimit> valueBuffer GUARDED_BY(valueMutex);
     ValueType lastValueType GUARDED_BY(valueMutex) = ValueType::unknown;
 
+    Counter valuesCleared;  // thrown away unread with the buffers, or by a smaller bound; written under valueMutex
+
+    // Together in memory: the receive thread writes both with every frame.
+    FrameCounters frames;
     SetAssembly assembly;
     std::atomic<std::uint32_t> setUpCount = 0;  // rises with every zeroing; tells the receive thread to start afresh
 

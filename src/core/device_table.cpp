@@ -38,14 +38,16 @@ void zeroRouting(DeviceRecord& record) NO_THREAD_SAFETY_ANALYSIS {
     record.answerRing = {};
     record.answerWriteIndex = 0;
     record.answerReadIndex = 0;
-    record.answerCount = 0;
+    record.answersDiscarded.add(record.answerCount.exchange(0));
     ++record.setUpCount;
     updateRoutes();
 }
 
 void zeroValues(DeviceRecord& record) NO_THREAD_SAFETY_ANALYSIS {
-    for (ValueBuffer& buffer : record.valueBuffer)
+    for (ValueBuffer& buffer : record.valueBuffer) {
+        record.valuesCleared.add(static_cast<std::uint64_t>(buffer.count));
         buffer = {};
+    }
     record.lastValueType = ValueType::unknown;
 }
 

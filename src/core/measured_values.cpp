@@ -170,6 +170,7 @@ bool clearValueBuffers(DeviceRecord& record) {
         // The status bytes stay.
         for (ValueEntry& entry : std::span(buffer.entries.get(), length))
             entry.value = 0.0;
+        record.valuesCleared.add(static_cast<std::uint64_t>(buffer.count));
         buffer.writeIndex = 0;
         buffer.readIndex = 0;
         buffer.count = 0;
@@ -181,8 +182,11 @@ void setValueBufferLength(std::int32_t length) {
     const auto apply = [length]() NO_THREAD_SAFETY_ANALYSIS {
         libraryState.valueBufferLength = length;
         for (DeviceRecord& record : deviceTable()) {
-            for (ValueBuffer& buffer : record.valueBuffer)
-                buffer.count = std::min(buffer.count, buffer.length());
+            for (ValueBuffer& buffer : record.valueBuffer) {
+                const std::int32_t kept = std::min(buffer.count, buffer.length());
+                record.valuesCleared.add(static_cast<std::uint64_t>(buffer.count - kept));
+                buffer.count = kept;
+            }
         }
     };
     if (!exclusively(valueMutex, apply)) libraryState.valueBufferLength = length;

@@ -41,7 +41,8 @@ double decodeValue(ValueType type, const StagedFrame& frame) {
     }
 }
 
-void storeValue(ValueBuffer& buffer, const StagedFrame& frame, ValueType& type) {
+// True: an unread value has been overwritten.
+bool storeValue(ValueBuffer& buffer, const StagedFrame& frame, ValueType& type) {
     const std::int32_t length = buffer.length();
     if (buffer.writeIndex >= length) buffer.writeIndex = 0;
     if (buffer.entries) {
@@ -49,21 +50,45 @@ void storeValue(ValueBuffer& buffer, const StagedFrame& frame, ValueType& type) 
         buffer.entries[static_cast<std::size_t>(buffer.writeIndex)] = {frame[0], decodeValue(type, frame)};
     }
     ++buffer.writeIndex;
-    if (buffer.count < length) ++buffer.count;
+    const bool overwritten = buffer.count >= length;
+    if (!overwritten) ++buffer.count;
     // With many devices the next entry's cache line would otherwise be fetched only when the next set is stored.
     if (buffer.entries) __builtin_prefetch(buffer.entries.get() + buffer.writeIndex, 1);
+    return overwritten;
+}
+
+// Ends the frames of a set that will not be stored. What goes on in the middle of a set is counted frame by frame.
+void abandonSet(DeviceRecord& record, FrameEnd reason) {
+    SetAssembly& assembly = record.assembly;
+    if (record.frames.staged() == 0) return;
+    const bool firstFrameCame = (assembly.stagedChannels & 1) != 0;
+    record.frames.abandon(firstFrameCame ? reason : FrameEnd::outsideSet, firstFrameCame);
+    assembly.stagedChannels = 0;
+}
+
+void countStoredSet(DeviceRecord& record, std::uint32_t channels, std::uint64_t overwritten) {
+    SetAssembly& assembly = record.assembly;
+    record.frames.storeSet(channels, assembly.stagedChannels, overwritten);
+    if (assembly.anyStored) {
+        record.frames.countSequenceStep(static_cast<std::uint16_t>(assembly.setSequence - assembly.storedSequence));
+    }
+    assembly.anyStored = true;
+    assembly.storedSequence = assembly.setSequence;
+    assembly.stagedChannels = 0;
 }
 
 // A record that was taken down or set up again meanwhile has no use for the set.
 void storeSet(DeviceRecord& record, SetAssembly& assembly) {
     // A set that cannot be stored stays as it is.
-    if (!valueMutex.lockFor(mutexLimit)) return;
+    if (!valueMutex.lockFor(mutexLimit)) return abandonSet(record, FrameEnd::lockedSet);
     platform::TimedLock lock(valueMutex);
-    if (!record.active || assembly.setUpCount != record.setUpCount) return;
+    if (!record.active || assembly.setUpCount != record.setUpCount) return abandonSet(record, FrameEnd::releasedSet);
     const std::uint32_t channels = std::min<std::uint32_t>(record.activeChannels, channelLimit);
+    std::uint64_t overwritten = 0;
     for (std::uint32_t channel = 0; channel < channels; ++channel) {
-        storeValue(record.valueBuffer[channel], assembly.stagingSlot[channel], record.lastValueType);
+        overwritten += storeValue(record.valueBuffer[channel], assembly.stagingSlot[channel], record.lastValueType);
     }
+    countStoredSet(record, channels, overwritten);
     record.newValues = true;
     assembly.setInProgress = false;
 }
@@ -73,24 +98,30 @@ void storeSet(DeviceRecord& record, SetAssembly& assembly) {
 void assembleValueFrame(DeviceRecord& record, const std::array<std::uint8_t, 8>& data) {
     SetAssembly& assembly = record.assembly;
     if (const std::uint32_t setUpCount = record.setUpCount; assembly.setUpCount != setUpCount) {
+        abandonSet(record, FrameEnd::releasedSet);
         assembly = {};
         assembly.setUpCount = setUpCount;
     }
     const std::uint8_t channel = data[0] & 0x0F;
-    if (channel >= channelLimit) return;
+    if (channel >= channelLimit) return record.frames.end(FrameEnd::wrongChannel);
     const std::uint32_t sequence = readBigEndian16(std::span(data).subspan<2, 2>());
     if (channel == 0) {
+        abandonSet(record, FrameEnd::incompleteSet);
         assembly.setInProgress = true;
         assembly.setSequence = sequence;
         assembly.setFramesReceived = 0;
     }
     const std::uint32_t channels = record.activeChannels;
-    if (!assembly.setInProgress || channels == 0) return;
+    if (channels == 0) return record.frames.end(FrameEnd::noChannelCount);
+    if (!assembly.setInProgress) return record.frames.end(FrameEnd::outsideSet);
     if (sequence != assembly.setSequence) {
         assembly.setInProgress = false;
-        return;
+        abandonSet(record, FrameEnd::brokenSet);
+        return record.frames.end(FrameEnd::brokenSet);
     }
     assembly.stagingSlot[channel] = {data[1], data[4], data[5], data[6], data[7]};
+    assembly.stagedChannels = static_cast<std::uint8_t>(assembly.stagedChannels | 1U << channel);
+    record.frames.stage();
     ++assembly.setFramesReceived;
     if (assembly.setFramesReceived == channels) storeSet(record, assembly);
 }

@@ -48,6 +48,7 @@ bool takeAnswer(DeviceRecord& record, std::uint8_t* answer) REQUIRES(answerMutex
     std::ranges::copy(record.answerRing[record.answerReadIndex].data, answer);
     ++record.answerReadIndex;
     --record.answerCount;
+    record.answersTaken.add();
     return true;
 }
 
@@ -169,6 +170,7 @@ bool storeAnswer(DeviceRecord& record, const AnswerSlot& answer) {
         if (record.answerWriteIndex >= answerSlots) record.answerWriteIndex = 0;
         record.answerRing[record.answerWriteIndex] = answer;
         ++record.answerWriteIndex;
+        record.frames.endAnswer(record.answerCount >= answerSlots);
         ++record.answerCount;
     }
     { platform::LockGuard lock(record.busyLock); }

@@ -48,7 +48,8 @@ bool pauseCall(DeviceRecord& record, std::chrono::milliseconds duration);
 // Lets every call that waits inside the record look at its gate again.
 void wakeCalls(DeviceRecord& record);
 
-// Appends an answer to the record's ring and wakes the call that waits for it. False: answerMutex not obtained.
+// Appends an answer to the record's ring, counts it and wakes the call that waits for it. False: answerMutex not
+// obtained; nothing is counted then. Called by the receive thread only.
 bool storeAnswer(DeviceRecord& record, const AnswerSlot& answer);
 
 }  // namespace torvik

@@ -1,12 +1,17 @@
 #!/usr/bin/python3
-"""The header's declarations, the export list and the binary's export table name the same functions.
+"""The headers' declarations, the export list and the binary's export table name the same functions: the 102 of TORVIK.h
+and the one extension.
 
-check_exports.py TORVIK.h TORVIK.def BINARY
+check_exports.py TORVIK.h TORVIKstatistics.h TORVIK.def BINARY
 """
 import pathlib
 import re
 import subprocess
 import sys
+
+
+FUNCTIONS = 102
+EXTENSION = ["TORVIKgetStatistics"]
 
 
 def declared(header):
@@ -29,8 +34,13 @@ def exported(binary):
 
 
 def main():
-    names = {"header": declared(sys.argv[1]), "list": listed(sys.argv[2]), "binary": exported(sys.argv[3])}
+    header, extension = declared(sys.argv[1]), declared(sys.argv[2])
+    names = {"headers": header + extension, "list": listed(sys.argv[3]), "binary": exported(sys.argv[4])}
     problems = []
+    if len(header) != FUNCTIONS:
+        problems.append(f"the header declares {len(header)} functions, not {FUNCTIONS}")
+    if extension != EXTENSION:
+        problems.append(f"the extension's header declares {extension}, not {EXTENSION}")
     everything = set().union(*names.values())
     for place, present in names.items():
         print(f"{place}: {len(present)} functions")

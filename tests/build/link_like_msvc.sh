@@ -6,6 +6,7 @@ definition=$1 library=$2 wine_run=$3 work=$4
 cd "$work"
 {
     echo '#include "TORVIK.h"'
+    echo '#include "TORVIKstatistics.h"'
     echo 'void* every_function[] = {'
     sed -n 's/^  \(.*\)/    (void*)\1,/p' "$definition"
     echo '};'

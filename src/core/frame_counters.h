@@ -1,0 +1,151 @@
+// Counts what becomes of every frame the adapter hands out. Everything counts from load on and is never reset: whoever
+// wants an interval takes the difference of two readings.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+namespace torvik {
+
+// A number that only one thread at a time changes: no locked instruction, and any thread may read it.
+class Counter {
+  public:
+    void add(std::uint64_t amount = 1) { set(value_.load(std::memory_order_relaxed) + amount); }
+    void set(std::uint64_t value) { value_.store(value, std::memory_order_release); }
+    std::uint64_t get() const { return value_.load(std::memory_order_acquire); }
+
+  private:
+    std::atomic<std::uint64_t> value_ = 0;
+};
+
+// Where a frame that was routed to a device ends. Every frame ends in exactly one of them.
+enum class FrameEnd : std::uint8_t {
+    stored,           // its value stands in a complete set
+    answerStored,     // put into the answer ring
+    answerNotStored,  // the answers were locked for 10000 ms
+    command,          // first data byte 0x80 or more
+    wrongChannel,     // channel index 8..15
+    noChannelCount,   // came before the number of channels was known
+    outsideSet,       // the first frame of its set is missing
+    incompleteSet,    // the next set began before its own was complete
+    brokenSet,        // another sequence number came within its set; that frame, too
+    lockedSet,        // the values were locked for 10000 ms
+    releasedSet,      // its device was released or activated anew
+    replaced,         // a later frame of the same channel in the same set took its place
+    beyondChannels,   // its channel index is not below the number of channels
+};
+inline constexpr std::size_t frameEndCount = 13;
+
+struct FrameCounts {
+    std::uint64_t routed = 0;
+    std::uint64_t inAssembly = 0;  // in a set that is not complete yet
+    std::array<std::uint64_t, frameEndCount> ends{};
+    std::uint64_t setsStored = 0;
+    std::uint64_t setsIncomplete = 0;
+    std::uint64_t setsBroken = 0;
+    std::uint64_t setsLocked = 0;
+    std::uint64_t setsReleased = 0;
+    std::uint64_t sequenceJumps = 0;  // stored sets whose number does not follow that of the set stored before
+    std::uint64_t setsMissing = 0;    // by the numbers of the sets stored before and after
+    std::uint64_t valuesStale = 0;    // stored again with a set that had no frame of their channel
+    std::uint64_t valuesOverwritten = 0;
+    std::uint64_t answersOverwritten = 0;
+
+    std::uint64_t of(FrameEnd end) const { return ends[static_cast<std::size_t>(end)]; }
+
+    // routed == inAssembly + the sum of all ends, at any time.
+    std::uint64_t sumOfEnds() const;
+    FrameCounts& operator+=(const FrameCounts& other);
+};
+
+// One device's frames, changed by the receive thread alone. What it touches with every frame comes first.
+class alignas(64) FrameCounters {
+  public:
+    // Changes made while one lives are seen together or not at all.
+    class Change {
+      public:
+        explicit Change(FrameCounters& counters) : counters_(counters) {
+            counters_.begun_.set(counters_.begun_.get() + 1);
+        }
+        ~Change() { counters_.ended_.set(counters_.begun_.get()); }
+        Change(const Change&) = delete;
+        Change& operator=(const Change&) = delete;
+
+      private:
+        FrameCounters& counters_;
+    };
+
+    // A frame that ends at once.
+    void end(FrameEnd end) {
+        const Change change(*this);
+        routed_.add();
+        of(end).add();
+    }
+    void endAnswer(bool overwritten) {
+        const Change change(*this);
+        routed_.add();
+        of(FrameEnd::answerStored).add();
+        if (overwritten) answersOverwritten_.add();
+    }
+
+    // A frame that takes its place in a set.
+    void stage() {
+        const Change change(*this);
+        routed_.add();
+        inAssembly_.add();
+    }
+    std::uint64_t staged() const { return inAssembly_.get(); }
+
+    // The staged frames end for this reason; with `asSet` the set that they began is counted, too.
+    void abandon(FrameEnd reason, bool asSet);
+
+    // The staged frames end in a stored set of `channels` channels. `stagedChannels`: a bit for each channel index that
+    // they had.
+    void storeSet(std::uint32_t channels, std::uint32_t stagedChannels, std::uint64_t overwritten);
+
+    // A set was stored whose number is so far behind the one stored before (1: it is the next).
+    void countSequenceStep(std::uint16_t step);
+
+    FrameCounts read() const;
+
+  private:
+    Counter& of(FrameEnd end) { return ends_[static_cast<std::size_t>(end)]; }
+    Counter* setsAbandonedFor(FrameEnd reason);
+    FrameCounts copy() const;
+
+    Counter begun_;
+    Counter ended_;
+    Counter routed_;
+    Counter inAssembly_;
+    Counter setsStored_;
+    std::array<Counter, frameEndCount> ends_;
+    Counter setsIncomplete_;
+    Counter setsBroken_;
+    Counter setsLocked_;
+    Counter setsReleased_;
+    Counter sequenceJumps_;
+    Counter setsMissing_;
+    Counter valuesStale_;
+    Counter valuesOverwritten_;
+    Counter answersOverwritten_;
+};
+
+enum class AdapterFault : std::uint8_t { busLight, busHeavy, busOff, queueOverrun, illegalHardware, other };
+inline constexpr std::size_t adapterFaultCount = 6;
+
+// What belongs to no device.
+struct alignas(64) AdapterCounters {
+    Counter received;       // frames that the adapter handed out to the receive thread
+    Counter withoutDevice;  // no active device has their identifier
+    Counter notRouted;      // the answers were locked for 10000 ms
+    std::array<Counter, adapterFaultCount> faults;
+    Counter lastOtherFault;  // status
+    // By a thread that had been given up, which can be beside the receive thread.
+    std::atomic<std::uint64_t> afterEnd = 0;
+};
+
+extern constinit AdapterCounters adapterCounters;
+
+}  // namespace torvik
