@@ -65,10 +65,13 @@ std::optional<double> samplingFrequency(const DeviceCall& call) {
     return answer->f32();
 }
 
-// Takes a cut-off frequency of a device's filter. Result: 0, 255 refused, -1 no answer.
-std::int32_t readCutoff(const DeviceCall& call, std::uint32_t filterNo, std::uint32_t index, double fs,
-                        double& cutoff) {
-    const auto answer = exchangeAnswer(call.deviceNo(), Command::getFilterCutoff, filterParameters(filterNo, index));
+// Takes a cut-off frequency of a device's filter. Result: 0, 255 refused, -1 no answer; nothing: it could not be asked
+// for.
+std::optional<std::int32_t> readCutoff(const DeviceCall& call, std::uint32_t filterNo, std::uint32_t index, double fs,
+                                       double& cutoff) {
+    if (sendCommand(call.deviceNo(), Command::getFilterCutoff, filterParameters(filterNo, index).bytes()) != 0)
+        return std::nullopt;
+    const auto answer = takeAnswer(call.deviceNo());
     if (!answer) return failure;
     if (answer->refused()) {
         call.fail(answer->status());
@@ -197,9 +200,11 @@ int32_t TORVIKgetDfilterInfo(int32_t deviceNo, uint32_t filterNo, int32_t flags,
             }
             *type = answer->byte(2);
         }
-        const std::int32_t result = readCutoff(call, filterNo, bank, *fs, cutoffs[0]);
-        if (result == refusedByDevice || !filter_type::isBand(*type)) return result;
-        return readCutoff(call, filterNo, bank + 1, *fs, cutoffs[1]);
+        const auto result = readCutoff(call, filterNo, bank, *fs, cutoffs[0]);
+        if (!result) return failure;
+        // Kept: of a band, a first cut-off that does not come is passed over.
+        if (*result == refusedByDevice || !filter_type::isBand(*type)) return *result;
+        return readCutoff(call, filterNo, bank + 1, *fs, cutoffs[1]).value_or(failure);
     });
 }
 

@@ -251,6 +251,14 @@ TEST_F(FilterInfo, AsksForTheSecondCutoffOfABandAlsoWithoutTheFirst) {
     EXPECT_EQ(takeCode(), code::answerTimeout);
 }
 
+TEST_F(FilterInfo, FailsWhenTheFirstCutoffOfABandCannotBeAskedFor) {
+    script({samplingFrequency(), typeAnswer(0x24), cutoffAnswer(0.125)});
+    failWriteAfter(2);
+    expectFailure(get(), code::deviceWrite);
+    EXPECT_THAT(cutoffs, Each(unchangedDouble));
+    expectFree();
+}
+
 class FilterType : public FilterExports {
   protected:
     std::int32_t get(std::int8_t flags = 0) {
