@@ -10,7 +10,6 @@ namespace torvik {
 
 namespace {
 
-constexpr std::int32_t highestOrder = 15;
 constexpr std::int32_t highestBesselOrder = 10;  // where the table of poles ends
 
 class OptionCheck {

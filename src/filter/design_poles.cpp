@@ -2,6 +2,7 @@
 #include <numbers>
 
 #include "filter/design_steps.h"
+#include "filter/doubled_angle.h"
 #include "filter/filter_options.h"
 #include "filter/text_buffer.h"
 
@@ -51,47 +52,82 @@ constexpr BesselPole besselPoles[] = {
     {-0.865756901707, 2.29260483098},
 };
 
+// Each candidate of the Butterworth prototype by order: order n begins at index n * (n - 1).
+constexpr auto butterworthCandidates = [] {
+    std::array<DoubledComplex, static_cast<std::size_t>(highestOrder * (highestOrder + 1))> candidates{};
+    std::size_t index = 0;
+    for (std::int32_t order = 1; order <= highestOrder; ++order) {
+        for (std::int32_t i = 0; i < 2 * order; ++i)
+            candidates[index++] = doubled::pointBySeries(Doubled(order % 2 != 0 ? i : i + 0.5) / order - 1.0) * -1.0;
+    }
+    return candidates;
+}();
+
+// The table's numbers have at most twelve decimals, which a double only comes near to.
+constexpr Doubled asWritten(double decimals) {
+    constexpr double unit = 1e12;
+    return Doubled(static_cast<double>(static_cast<std::int64_t>(decimals * unit + (decimals < 0 ? -0.5 : 0.5)))) /
+           unit;
+}
+
+// Appends the image of each root. What was computed for an equal or a conjugate one is not computed again.
+template <class Map>
+void appendImages(const DoubledRoots& roots, DoubledRoots& images, Map map) {
+    const std::size_t first = images.count;
+    for (std::size_t i = 0; i < roots.count; ++i) {
+        const DoubledComplex& root = roots.values[i];
+        std::size_t j = 0;
+        while (j < i && roots.values[j] != root && roots.values[j] != conjugate(root))
+            ++j;
+        if (j == i) {
+            images.add(map(root));
+        } else {
+            const DoubledComplex& known = images.values[first + j];
+            images.add(roots.values[j] == root ? known : conjugate(known));
+        }
+    }
+}
+
 // Keeps candidates of the left half-plane that the pole mask chooses.
 class PoleChooser {
   public:
-    explicit PoleChooser(Dfilter& filter) : filter_(filter), mask_(filter.poleMask) {}
+    PoleChooser(const Dfilter& filter, DoubledRoots& poles) : poles_(poles), mask_(filter.poleMask) {}
 
-    void offer(Complex candidate) {
-        if (!(candidate.real() < 0)) return;
-        if ((mask_ & 1) != 0) filter_.sPoles.add(candidate);
+    void offer(const DoubledComplex& candidate) {
+        if (!(candidate.real.high < 0)) return;
+        if ((mask_ & 1) != 0) poles_.add(candidate);
         mask_ >>= 1;
     }
 
   private:
-    Dfilter& filter_;
+    DoubledRoots& poles_;
     std::uint32_t mask_;
 };
 
-void placeBesselPoles(Dfilter& filter) {
-    PoleChooser chooser(filter);
+void placeBesselPoles(const Dfilter& filter, DoubledRoots& poles) {
+    PoleChooser chooser(filter, poles);
     const auto order = static_cast<std::size_t>(filter.order);
     std::size_t index = order * order / 4;
     if (order % 2 != 0) {
-        chooser.offer({besselPoles[index].real, besselPoles[index].imaginary});
+        chooser.offer(asWritten(besselPoles[index].real));
         ++index;
     }
     for (std::size_t pair = 0; pair < order / 2; ++pair, ++index) {
-        const Complex pole(besselPoles[index].real, besselPoles[index].imaginary);
+        const DoubledComplex pole(asWritten(besselPoles[index].real), asWritten(besselPoles[index].imaginary));
         chooser.offer(pole);
-        chooser.offer(std::conj(pole));
+        chooser.offer(conjugate(pole));
     }
 }
 
-void placeButterworthPoles(Dfilter& filter) {
-    PoleChooser chooser(filter);
-    for (std::int32_t i = 0; i < 2 * filter.order; ++i) {
-        const double theta = (filter.order % 2 != 0 ? i : i + 0.5) * pi / filter.order;
-        chooser.offer(onUnitCircle(theta));
-    }
+void placeButterworthPoles(const Dfilter& filter, DoubledRoots& poles) {
+    PoleChooser chooser(filter, poles);
+    const auto order = static_cast<std::size_t>(filter.order);
+    for (const DoubledComplex& candidate : std::span(butterworthCandidates).subspan(order * (order - 1), 2 * order))
+        chooser.offer(candidate);
 }
 
 // Moves the Butterworth poles from the circle onto an ellipse.
-void stretchToChebyshev(Dfilter& filter) {
+void stretchToChebyshev(Dfilter& filter, DoubledRoots& poles) {
     TextBuffer message(std::span(filter.message).first(filter.message.size() - 1));
     if (!(filter.chebyshevRipple < 0)) {
         fail(filter, filter_error::wrongRipple);
@@ -106,85 +142,93 @@ void stretchToChebyshev(Dfilter& filter) {
         message.text("mkfilter: bug: Chebyshev y=").general(y).text("; must be > 0.0\n");
         return;
     }
-    for (std::size_t i = 0; i < filter.sPoles.count; ++i) {
-        Complex& pole = filter.sPoles.values[i];
-        pole = {pole.real() * std::sinh(y), pole.imag() * std::cosh(y)};
-    }
+    for (DoubledComplex& pole : poles.all())
+        pole = {pole.real * std::sinh(y), pole.imaginary * std::cosh(y)};
 }
 
-void transformToHighPass(Dfilter& filter, double w1) {
-    for (std::size_t i = 0; i < filter.sPoles.count; ++i) {
-        filter.sPoles.values[i] = w1 / filter.sPoles.values[i];
-        filter.sZeros.add(0.0);
+void transformToHighPass(Placement& placement, const Doubled& w1) {
+    for (DoubledComplex& pole : placement.sPoles.all()) {
+        pole = w1 / pole;
+        placement.sZeros.add(0.0);
     }
 }
 
 // Each pole becomes two, around the centre frequency. `stop`: the gap and not the band.
-void transformToBand(Dfilter& filter, double w1, double w2, bool stop) {
-    const double centre = std::sqrt(w1 * w2);
-    const double width = w2 - w1;
-    const std::size_t count = filter.sPoles.count;
+void transformToBand(Placement& placement, const Doubled& w1, const Doubled& w2, bool stop) {
+    const Doubled centre = sqrt(w1 * w2);
+    const Doubled halfWidth = (w2 - w1) * 0.5;
+    DoubledRoots halves;
+    DoubledRoots roots;
+    appendImages(placement.sPoles, halves,
+                 [=](const DoubledComplex& pole) { return stop ? halfWidth / pole : pole * halfWidth; });
+    appendImages(halves, roots, [=](const DoubledComplex& half) {
+        const DoubledComplex ratio = centre / half;
+        return sqrt(1.0 - ratio * ratio);
+    });
+    const std::size_t count = halves.count;
     for (std::size_t i = 0; i < count; ++i) {
-        const Complex pole = filter.sPoles.values[i];
-        const Complex half = stop ? 0.5 * width / pole : 0.5 * pole * width;
-        const Complex ratio = centre / half;
-        const Complex root = std::sqrt(1.0 - ratio * ratio);
-        filter.sPoles.values[i] = half * (1.0 + root);
-        filter.sPoles.values[count + i] = half * (1.0 - root);
+        placement.sPoles.values[i] = halves.values[i] * (1.0 + roots.values[i]);
+        placement.sPoles.values[count + i] = halves.values[i] * (1.0 - roots.values[i]);
     }
-    filter.sPoles.count = 2 * count;
+    placement.sPoles.count = 2 * count;
     for (std::size_t i = 0; i < count; ++i)
-        filter.sZeros.add(stop ? Complex(0.0, centre) : Complex());
+        placement.sZeros.add(stop ? DoubledComplex(0.0, centre) : 0.0);
     for (std::size_t i = 0; stop && i < count; ++i)
-        filter.sZeros.add(Complex(0.0, -centre));
+        placement.sZeros.add({0.0, -centre});
+}
+
+// At right angles the tangent of the nearest double counts: a large number, and no infinite one.
+Doubled warped(double alpha) {
+    const Doubled exact = tangent(alpha);
+    return isFinite(exact) ? exact / doubled::pi : std::tan(pi * alpha) / pi;
+}
+
+DoubledComplex exponential(Complex p) {
+    const double radius = std::exp(p.real());
+    return DoubledComplex(Complex(radius * std::cos(p.imag()), radius * std::sin(p.imag())));
 }
 
 }  // namespace
 
-Complex onUnitCircle(double angle) {
-    return {std::cos(angle), std::sin(angle)};
-}
-
-void prewarp(Dfilter& filter) {
+void prewarp(const Dfilter& filter, Placement& placement) {
     const bool unwarped = (filter.options & (option::noPrewarp | option::matchedZ)) != 0;
-    filter.warpedAlpha1 = unwarped ? filter.alpha1 : std::tan(pi * filter.alpha1) / pi;
-    filter.warpedAlpha2 = unwarped ? filter.alpha2 : std::tan(pi * filter.alpha2) / pi;
+    placement.warpedAlpha1 = unwarped ? filter.alpha1 : warped(filter.alpha1);
+    placement.warpedAlpha2 = unwarped ? filter.alpha2 : warped(filter.alpha2);
 }
 
-void placePrototypePoles(Dfilter& filter) {
-    if ((filter.options & option::bessel) != 0) placeBesselPoles(filter);
-    if ((filter.options & (option::butterworth | option::chebyshev)) != 0) placeButterworthPoles(filter);
-    if ((filter.options & option::chebyshev) != 0) stretchToChebyshev(filter);
+void placePrototypePoles(Dfilter& filter, Placement& placement) {
+    if ((filter.options & option::bessel) != 0) placeBesselPoles(filter, placement.sPoles);
+    if ((filter.options & (option::butterworth | option::chebyshev)) != 0)
+        placeButterworthPoles(filter, placement.sPoles);
+    if ((filter.options & option::chebyshev) != 0) stretchToChebyshev(filter, placement.sPoles);
 }
 
-void transformPrototype(Dfilter& filter) {
-    const double w1 = 2.0 * pi * filter.warpedAlpha1;
-    const double w2 = 2.0 * pi * filter.warpedAlpha2;
+void transformPrototype(const Dfilter& filter, Placement& placement) {
+    const Doubled w1 = doubled::pi * 2.0 * placement.warpedAlpha1;
+    const Doubled w2 = doubled::pi * 2.0 * placement.warpedAlpha2;
     switch (filter.options & option::plainKinds) {
         case option::lowPass:
-            for (std::size_t i = 0; i < filter.sPoles.count; ++i)
-                filter.sPoles.values[i] *= w1;
+            for (DoubledComplex& pole : placement.sPoles.all())
+                pole = pole * w1;
             break;
         case option::highPass:
-            transformToHighPass(filter, w1);
+            transformToHighPass(placement, w1);
             break;
         default:
-            transformToBand(filter, w1, w2, (filter.options & option::bandStop) != 0);
+            transformToBand(placement, w1, w2, (filter.options & option::bandStop) != 0);
             break;
     }
 }
 
-void mapToZPlane(Dfilter& filter) {
+void mapToZPlane(const Dfilter& filter, Placement& placement) {
     const bool matched = (filter.options & option::matchedZ) != 0;
-    const auto map = [matched](Complex p) {
-        return matched ? std::exp(p.real()) * onUnitCircle(p.imag()) : (2.0 + p) / (2.0 - p);
+    const auto map = [matched](const DoubledComplex& p) {
+        return matched ? exponential(p.rounded()) : (2.0 + p) / (2.0 - p);
     };
-    for (std::size_t i = 0; i < filter.sPoles.count; ++i)
-        filter.zPoles.add(map(filter.sPoles.values[i]));
-    for (std::size_t i = 0; i < filter.sZeros.count; ++i)
-        filter.zZeros.add(map(filter.sZeros.values[i]));
-    while (!matched && filter.zZeros.count < filter.zPoles.count)
-        filter.zZeros.add(-1.0);
+    appendImages(placement.sPoles, placement.zPoles, map);
+    appendImages(placement.sZeros, placement.zZeros, map);
+    while (!matched && placement.zZeros.count < placement.zPoles.count)
+        placement.zZeros.add(-1.0);
 }
 
 }  // namespace torvik

@@ -2,26 +2,24 @@
 #include <numbers>
 
 #include "filter/design_steps.h"
+#include "filter/doubled_angle.h"
 #include "filter/filter_options.h"
+#include "filter/polynomial.h"
+#include "filter/reference_gain.h"
 #include "filter/text_buffer.h"
 
 namespace torvik {
 
 namespace {
 
-using std::numbers::pi;
+// The limits of the devices' coefficient format.
+constexpr double largestGain = 3200.0;
+constexpr double coefficientSumLimit = 64.0;
 
-Complex evaluate(const Polynomial& polynomial, Complex z) {
-    Complex sum = 0.0;
-    for (std::size_t i = polynomial.degree + 1; i-- > 0;)
-        sum = sum * z + polynomial.coefficients[i];
-    return sum;
-}
-
-bool requireReal(Dfilter& filter, const Polynomial& polynomial) {
+bool requireReal(Dfilter& filter, const Polynomial<DoubledComplex>& polynomial) {
     constexpr double tolerance = 1e-10;
     for (std::size_t i = 0; i <= polynomial.degree; ++i) {
-        if (std::abs(polynomial.coefficients[i].imag()) <= tolerance) continue;
+        if (std::abs(polynomial.coefficients[i].imaginary.rounded()) <= tolerance) continue;
         fail(filter, filter_error::complexCoefficient);
         TextBuffer(std::span(filter.message).first(filter.message.size() - 1))
             .text("mkfilter: coeff of z^")
@@ -32,27 +30,45 @@ bool requireReal(Dfilter& filter, const Polynomial& polynomial) {
     return true;
 }
 
-// The pole angle for which the phase at `theta` is 0, by bisection. False: not found.
-bool findResonance(Dfilter& filter, double theta) {
-    constexpr int steps = 50;
-    constexpr double tolerance = 1e-10;
-    const Polynomial top = expand(filter.zZeros);
-    const double radius = std::exp(-theta / (2.0 * filter.qFactor));
-    double low = 0.0;
-    double high = pi;
-    double middle = theta;
-    for (int i = 0; i < steps; ++i) {
-        const Complex pole = radius * onUnitCircle(middle);
-        filter.zPoles.values[0] = pole;
-        filter.zPoles.values[1] = std::conj(pole);
-        const Complex response = evaluateRatio(top, expand(filter.zPoles), onUnitCircle(theta));
-        const double phase = response.imag() / response.real();
-        if (std::abs(phase) < tolerance) return true;
-        (phase > 0 ? high : low) = middle;
-        middle = 0.5 * (low + high);
-    }
-    return false;
+Polynomial<Complex> rounded(const Polynomial<DoubledComplex>& exact) {
+    Polynomial<Complex> polynomial;
+    polynomial.degree = exact.degree;
+    for (std::size_t i = 0; i <= exact.degree; ++i)
+        polynomial.coefficients[i] = exact.coefficients[i].rounded();
+    return polynomial;
 }
+
+// Leaves the gains in the filter: in doubles first, and those that are asked for as exactly as they can be, unless they
+// are infinite.
+class EvaluatedGains {
+  public:
+    EvaluatedGains(Dfilter& filter, const Polynomial<DoubledComplex>& top, const Polynomial<DoubledComplex>& bottom)
+        : filter_(filter), top_(top), bottom_(bottom), middle_(doubled::exactSum(filter.alpha1, filter.alpha2)) {
+        const auto roundedTop = rounded(top);
+        const auto roundedBottom = rounded(bottom);
+        const double angle = std::numbers::pi * middle_.rounded();
+        filter.dcGain = evaluateRatio(roundedTop, roundedBottom, 1.0);
+        filter.centreGain = evaluateRatio(roundedTop, roundedBottom, Complex(std::cos(angle), std::sin(angle)));
+        filter.hfGain = evaluateRatio(roundedTop, roundedBottom, -1.0);
+    }
+
+    DoubledComplex dc() const { return keep(filter_.dcGain, evaluateRatio(top_, bottom_, 1.0)); }
+    DoubledComplex centre() const {
+        return keep(filter_.centreGain, evaluateRatio(top_, bottom_, onUnitCircle(middle_)));
+    }
+    DoubledComplex hf() const { return keep(filter_.hfGain, evaluateRatio(top_, bottom_, -1.0)); }
+
+  private:
+    static DoubledComplex keep(Complex& field, const DoubledComplex& gain) {
+        if (isFinite(gain.real) && isFinite(gain.imaginary)) field = gain.rounded();
+        return gain;
+    }
+
+    Dfilter& filter_;
+    const Polynomial<DoubledComplex>& top_;
+    const Polynomial<DoubledComplex>& bottom_;
+    Doubled middle_;  // in half-turns
+};
 
 }  // namespace
 
@@ -61,70 +77,44 @@ void fail(Dfilter& filter, std::uint32_t code) {
     filter.message.fill('\0');
 }
 
-Polynomial expand(const Roots& roots) {
-    Polynomial product;
-    auto& c = product.coefficients;
-    c[0] = 1.0;
-    for (std::size_t root = 0; root < roots.count; ++root) {
-        const Complex w = roots.values[root];
-        ++product.degree;
-        for (std::size_t i = product.degree; i >= 1; --i)
-            c[i] = c[i - 1] - w * c[i];
-        c[0] = -w * c[0];
-    }
-    return product;
-}
-
-Complex evaluateRatio(const Polynomial& top, const Polynomial& bottom, Complex z) {
-    return evaluate(top, z) / evaluate(bottom, z);
-}
-
-void placeResonator(Dfilter& filter) {
-    const double theta = 2.0 * pi * filter.alpha1;
-    filter.zZeros.add(1.0);
-    filter.zZeros.add(-1.0);
-    filter.zPoles.count = 2;
-    if (!findResonance(filter, theta)) {
-        fail(filter, filter_error::notConverged);
-        TextBuffer(filter.message).text("mkfilter: warning: failed to converge");
-        return;
-    }
-    if ((filter.options & option::bandStop) != 0) {
-        filter.zZeros.values[0] = onUnitCircle(theta);
-        filter.zZeros.values[1] = onUnitCircle(-theta);
-    } else if ((filter.options & option::allPass) != 0) {
-        for (std::size_t i = 0; i < 2; ++i)
-            filter.zZeros.values[i] = filter.zPoles.values[i] / std::norm(filter.zPoles.values[i]);
-    }
-}
-
-void addExtraZeros(Dfilter& filter) {
-    if (filter.zZeros.count + 2 > maxPoleZero) {
+void addExtraZeros(Dfilter& filter, Placement& placement) {
+    if (placement.zZeros.count + 2 > maxPoleZero) {
         fail(filter, filter_error::tooManyZeros);
         TextBuffer(filter.message).text("mkfilter: too many zeros; can't do -Z");
         return;
     }
-    const Complex zero = onUnitCircle(2.0 * pi * filter.alphaZ);
-    filter.zZeros.add(zero);
-    filter.zZeros.add(std::conj(zero));
-    while (filter.zPoles.count < filter.zZeros.count)
-        filter.zPoles.add(0.0);
+    const DoubledComplex zero = onUnitCircle(Doubled(filter.alphaZ) * 2.0);
+    placement.zZeros.add(zero);
+    placement.zZeros.add(conjugate(zero));
+    while (placement.zPoles.count < placement.zZeros.count)
+        placement.zPoles.add(0.0);
 }
 
-bool expandPolynomials(Dfilter& filter) {
-    const Polynomial top = expand(filter.zZeros);
-    if (!requireReal(filter, top)) return false;
-    const Polynomial bottom = expand(filter.zPoles);
-    if (!requireReal(filter, bottom)) return false;
-    filter.dcGain = evaluateRatio(top, bottom, 1.0);
-    filter.centreGain = evaluateRatio(top, bottom, onUnitCircle(pi * (filter.alpha1 + filter.alpha2)));
-    filter.hfGain = evaluateRatio(top, bottom, -1.0);
-    const double leading = bottom.coefficients[bottom.degree].real();
+std::uint32_t makeCoefficients(Dfilter& filter, const Placement& placement) {
+    const auto top = expand(placement.zZeros.all());
+    if (!requireReal(filter, top)) return filter.errorCode;
+    const auto bottom = expand(placement.zPoles.all());
+    if (!requireReal(filter, bottom)) return filter.errorCode;
+    Doubled gain = magnitude(referenceGain(filter.options, EvaluatedGains(filter, top, bottom)));
+    if (!isFinite(gain)) gain = std::abs(referenceGain(filter));
+    filter.gain = gain.rounded();
     for (std::size_t i = 0; i <= top.degree; ++i)
-        filter.rawX[i] = top.coefficients[i].real() / leading;
+        filter.rawX[i] = top.coefficients[i].real.rounded();
     for (std::size_t i = 0; i <= bottom.degree; ++i)
-        filter.rawY[i] = -bottom.coefficients[i].real() / leading;
-    return true;
+        filter.rawY[i] = -bottom.coefficients[i].real.rounded();
+    if (filter.gain > largestGain) return filter_error::gainTooLarge;
+    double sum = 0;
+    for (std::size_t i = 0; i <= top.degree; ++i) {
+        // The only division; that of rawX by the gain would round twice before.
+        filter.xCoefficients[i] = (top.coefficients[i].real / gain).rounded();
+        sum += std::abs(filter.xCoefficients[i]);
+    }
+    for (std::size_t i = 0; i < bottom.degree; ++i) {
+        filter.yCoefficients[i] = filter.rawY[i];
+        sum += std::abs(filter.yCoefficients[i]);
+    }
+    // The comparisons with the limits are written for a NaN to fail.
+    return sum < coefficientSumLimit ? filter_error::none : filter_error::coefficientsTooLarge;
 }
 
 }  // namespace torvik

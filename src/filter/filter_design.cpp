@@ -1,19 +1,21 @@
 #include "filter/filter_design.h"
 
-#include <cmath>
-#include <numbers>
-
 #include "filter/design_steps.h"
 #include "filter/filter_options.h"
+#include "filter/reference_gain.h"
 #include "platform/floating_point.h"
 
 namespace torvik {
 
 namespace {
 
-// The limits of the devices' coefficient format.
-constexpr double largestGain = 3200.0;
-constexpr double coefficientSumLimit = 64.0;
+struct KeptGains {
+    const Dfilter& filter;
+
+    Complex dc() const { return filter.dcGain; }
+    Complex centre() const { return filter.centreGain; }
+    Complex hf() const { return filter.hfGain; }
+};
 
 bool has(const Dfilter& filter, std::uint32_t flags) {
     return (filter.options & flags) != 0;
@@ -42,55 +44,55 @@ void start(Dfilter& filter, std::uint32_t options, std::int32_t order, std::span
         roots->count = 0;
 }
 
-void placeProportionalIntegral(Dfilter& filter) {
-    prewarp(filter);
-    filter.sPoles.add(0.0);
-    filter.sZeros.add(-2.0 * std::numbers::pi * filter.warpedAlpha1);
+void placeProportionalIntegral(const Dfilter& filter, Placement& placement) {
+    prewarp(filter, placement);
+    placement.sPoles.add(0.0);
+    placement.sZeros.add(-(doubled::pi * 2.0 * placement.warpedAlpha1));
 }
 
-void placePolesAndZeros(Dfilter& filter) {
+void placePolesAndZeros(Dfilter& filter, Placement& placement) {
     if (has(filter, option::resonator)) {
-        placeResonator(filter);
+        placeResonator(filter, placement);
         return;
     }
     if (has(filter, option::proportionalIntegral)) {
-        placeProportionalIntegral(filter);
+        placeProportionalIntegral(filter, placement);
     } else {
-        placePrototypePoles(filter);
+        placePrototypePoles(filter, placement);
         if (filter.errorCode != filter_error::none) return;
-        prewarp(filter);
-        transformPrototype(filter);
+        prewarp(filter, placement);
+        transformPrototype(filter, placement);
     }
-    mapToZPlane(filter);
+    mapToZPlane(filter, placement);
 }
 
-// Divides by the gain and checks what the devices can hold. The comparisons let a NaN fail.
-std::uint32_t makeCoefficients(Dfilter& filter) {
-    filter.gain = std::abs(referenceGain(filter));
-    if (filter.gain > largestGain) return filter_error::gainTooLarge;
-    double sum = 0;
-    for (std::size_t i = 0; i <= filter.zZeros.count; ++i) {
-        filter.xCoefficients[i] = filter.rawX[i] / filter.gain;
-        sum += std::abs(filter.xCoefficients[i]);
-    }
-    for (std::size_t i = 0; i < filter.zPoles.count; ++i) {
-        filter.yCoefficients[i] = filter.rawY[i];
-        sum += std::abs(filter.yCoefficients[i]);
-    }
-    return sum < coefficientSumLimit ? filter_error::none : filter_error::coefficientsTooLarge;
+void keepRounded(Roots& roots, const DoubledRoots& exact) {
+    roots.count = exact.count;
+    for (std::size_t i = 0; i < exact.count; ++i)
+        roots.values[i] = exact.values[i].rounded();
+}
+
+void keepRounded(Dfilter& filter, const Placement& placement) {
+    filter.warpedAlpha1 = placement.warpedAlpha1.rounded();
+    filter.warpedAlpha2 = placement.warpedAlpha2.rounded();
+    keepRounded(filter.sPoles, placement.sPoles);
+    keepRounded(filter.sZeros, placement.sZeros);
+    keepRounded(filter.zPoles, placement.zPoles);
+    keepRounded(filter.zZeros, placement.zZeros);
 }
 
 std::uint32_t design(Dfilter& filter) {
     checkOptions(filter);
     if (!filter.optionsOk) return filter.errorCode;
-    placePolesAndZeros(filter);
+    Placement placement;
+    placePolesAndZeros(filter, placement);
     if (filter.errorCode != filter_error::none) return filter.errorCode;
     if (has(filter, option::extraZeros)) {
-        addExtraZeros(filter);
+        addExtraZeros(filter, placement);
         if (filter.errorCode != filter_error::none) return filter.errorCode;
     }
-    if (!expandPolynomials(filter)) return filter.errorCode;
-    filter.errorCode = makeCoefficients(filter);
+    keepRounded(filter, placement);
+    filter.errorCode = makeCoefficients(filter, placement);
     if (filter.errorCode != filter_error::none) return filter.errorCode;
     filter.iirValid = true;
     if (has(filter, option::bandKinds)) filter.order *= 2;
@@ -100,12 +102,7 @@ std::uint32_t design(Dfilter& filter) {
 }  // namespace
 
 Complex referenceGain(const Dfilter& filter) {
-    if (has(filter, option::proportionalIntegral)) return filter.hfGain;
-    if (has(filter, option::lowPass)) return filter.dcGain;
-    if (has(filter, option::highPass)) return filter.hfGain;
-    if (has(filter, option::bandPass | option::allPass)) return filter.centreGain;
-    if (has(filter, option::bandStop)) return std::sqrt(filter.dcGain * filter.hfGain);
-    return 1.0;
+    return referenceGain(filter.options, KeptGains{filter});
 }
 
 std::uint32_t designFilter(Dfilter& filter, std::uint32_t options, std::int32_t order, std::span<const double> cutoffs,

@@ -164,7 +164,7 @@ TEST_P(EveryPrototypeAndKind, HasAsManyPolesAsZerosTwiceAsManyForBands) {
 TEST_P(EveryPrototypeAndKind, DividesOnlyTheInputCoefficientsByTheGain) {
     make(ofOrder(3));
     for (std::size_t i = 0; i <= filter.zZeros.count; ++i)
-        EXPECT_EQ(filter.xCoefficients[i], filter.rawX[i] / filter.gain);
+        EXPECT_DOUBLE_EQ(filter.xCoefficients[i], filter.rawX[i] / filter.gain);
     for (std::size_t i = 0; i < filter.zPoles.count; ++i)
         EXPECT_EQ(filter.yCoefficients[i], filter.rawY[i]);
     EXPECT_EQ(filter.rawY[filter.zPoles.count], -1.0);

@@ -242,7 +242,7 @@ TEST_F(CalculatedFilter, NeedsASamplingFrequencyAboveZero) {
 
 TEST_F(CalculatedFilter, IsRefusedWithTheCodeOfItsDesign) {
     expectRefusedAfterTheFrequency({.f1 = 1}, filter_error::gainTooLarge);
-    expectRefusedAfterTheFrequency({.kind = 3, .f1 = 1e-6, .f2 = 2e-6}, filter_error::coefficientsTooLarge);
+    expectRefusedAfterTheFrequency({.kind = 3, .f1 = 1e-7, .f2 = 2e-7}, filter_error::coefficientsTooLarge);
     expectRefusedAfterTheFrequency({.f1 = -HUGE_VAL}, filter_error::complexCoefficient);
 }
 

@@ -17,6 +17,7 @@ from scipy import signal
 
 mp.dps = 50
 EPSILON = numpy.finfo(float).eps
+ROUNDING = 0.5  # epsilons between a number and the nearest double, at most
 
 BESSEL, BUTTERWORTH = 0x1, 0x2
 LOW_PASS, HIGH_PASS, BAND_PASS, BAND_STOP = 0x20, 0x40, 0x80, 0x100
@@ -181,24 +182,11 @@ def gain_condition(design, reference):
                      for z in reference_points(design) for polynomial in (reference.top, reference.bottom)))
 
 
-def warping_condition(design):
-    """How much prewarping magnifies the rounding of the cut-offs."""
-    alpha = max(design.alpha1, design.alpha2)
-    return abs(2 * numpy.pi * alpha / numpy.sin(2 * numpy.pi * alpha))
-
-
 def scipy_butterworth(design):
     """SciPy's coefficients by rising power."""
     cutoffs = [2 * design.alpha1, 2 * design.alpha2] if design.band else 2 * design.alpha1
     b, a = signal.butter(design.order, cutoffs, KINDS[design.kind])
     return b[::-1], a[::-1]
-
-
-def scaled_like_the_designer(design, b, a):
-    """SciPy's numerator after the division by the gain that its polynomials have at the reference frequency."""
-    gains = [abs(numpy.polyval(b[::-1], complex(z)) / numpy.polyval(a[::-1], complex(z)))
-             for z in reference_points(design)]
-    return b / (gains[0] if len(gains) == 1 else numpy.sqrt(gains[0] * gains[1]))
 
 
 def exact_scipy_numerator(design, reference):
@@ -266,54 +254,35 @@ class ReferenceTest(unittest.TestCase):
                          if (design.prototype, design.kind) == (prototype, kind)}
                 self.assertLessEqual({0, GAIN_TOO_LARGE}, codes)
 
-    def test_feedback_coefficients(self):
+    def test_coefficients_are_the_nearest_doubles(self):
+        """Half an epsilon of the largest coefficient is what rounding alone may cost."""
         worst = {}
         for design, result, reference in self.succeeded:
-            value = error(result.y, reference.y)
-            self.assertLessEqual(value, 16 + warping_condition(design), design)
-            worst.setdefault((design.prototype, design.kind), Worst()).offer(value, design)
+            for name, computed, exact in (("input", result.x, reference.x), ("feedback", result.y, reference.y)):
+                value = error(computed, exact)
+                self.assertLessEqual(value, ROUNDING, (name, str(design)))
+                worst.setdefault((name, design.prototype, design.kind), Worst()).offer(value, design)
         for key in sorted(worst):
-            print("feedback coefficients:", worst[key])
+            print(f"{key[0]} coefficients: {worst[key]}")
 
-    def test_input_coefficients(self):
-        worst = {}
-        for design, result, reference in self.succeeded:
-            value = error(result.x, reference.x)
-            bound = 4 * gain_condition(design, reference) * max(1, warping_condition(design))
-            self.assertLessEqual(value, bound, design)
-            worst.setdefault((design.prototype, design.kind), Worst()).offer(value, design)
-        for key in sorted(worst):
-            print("input coefficients:", worst[key])
-
-    def test_input_coefficients_of_low_and_high_passes(self):
-        for design, result, reference in self.succeeded:
-            if not design.band:
-                self.assertLessEqual(error(result.x, reference.x), 512, design)
-
-    def test_butterworth_feedback_is_not_worse_than_that_of_scipy(self):
-        ours, theirs = Worst(), Worst()
-        for design, result, reference in self.succeeded:
-            if design.prototype == BUTTERWORTH:
-                _, a = scipy_butterworth(design)
-                ours.offer(error(result.y, reference.y), design)
-                theirs.offer(error(-a[:-1], reference.y), design)
-        print("Butterworth feedback, ours: ", ours)
-        print("Butterworth feedback, SciPy:", theirs)
-        self.assertLessEqual(ours.error, theirs.error)
-
-    def test_butterworth_input_is_not_worse_than_that_of_scipy_scaled_the_same_way(self):
-        # SciPy scales in the s-plane; devices are given filters that are scaled by their own polynomials.
-        ours, scaled, theirs = Worst(), Worst(), Worst()
+    def test_no_butterworth_design_is_worse_than_that_of_scipy(self):
+        ours, theirs = (Worst(), Worst()), (Worst(), Worst())
         for design, result, reference in self.succeeded:
             if design.prototype == BUTTERWORTH:
                 b, a = scipy_butterworth(design)
-                ours.offer(error(result.x, reference.x), design)
-                scaled.offer(error(scaled_like_the_designer(design, b, a), reference.x), design)
-                theirs.offer(error(b, exact_scipy_numerator(design, reference)), design)
-        print("Butterworth input, ours:                     ", ours)
-        print("Butterworth input, SciPy scaled the same way:", scaled)
-        print("Butterworth input, SciPy in the s-plane:     ", theirs)
-        self.assertLessEqual(ours.error, scaled.error)
+                input_error, scipy_input = error(result.x, reference.x), error(b, exact_scipy_numerator(design, reference))
+                feedback_error, scipy_feedback = error(result.y, reference.y), error(-a[:-1], reference.y)
+                # A band pass of SciPy's is scaled elsewhere, to other doubles: there its rounding may be the luckier.
+                luck = ROUNDING if design.kind == BAND_PASS else 0
+                self.assertLessEqual(input_error, max(scipy_input, luck), design)
+                self.assertLessEqual(feedback_error, scipy_feedback, design)
+                ours[0].offer(input_error, design)
+                ours[1].offer(feedback_error, design)
+                theirs[0].offer(scipy_input, design)
+                theirs[1].offer(scipy_feedback, design)
+        for name, own, other in zip(("input", "feedback"), ours, theirs):
+            print(f"Butterworth {name}, ours:  {own}")
+            print(f"Butterworth {name}, SciPy: {other}")
 
     def test_bessel_coefficients_are_those_of_scipy_as_far_as_the_table_goes(self):
         for design, result, _ in self.succeeded:
@@ -337,7 +306,7 @@ class ReferenceTest(unittest.TestCase):
             self.assertTrue(pairs, order)
             for design, result in pairs:
                 # With the leading coefficient: the only other one of order 1 may be 0.
-                self.assertLessEqual(error(result.y + [-1], Reference(design).y + [mpf(-1)]), 32, design)
+                self.assertLessEqual(error(result.y + [-1], Reference(design).y + [mpf(-1)]), ROUNDING, design)
 
     def test_codes_are_those_of_the_exact_gain_and_sum(self):
         for design, result, reference in zip(self.designs, self.results, self.references):
@@ -374,6 +343,14 @@ class LimitTest(unittest.TestCase):
                 print(f"gain limit of the {NAMES[prototype]} {kind}: {ours:.9f}, in 50 digits {exact:.9f}")
                 self.assertAlmostEqual(ours, exact, delta=1e-9)
 
+    def test_narrow_band_stops_keep_their_digits_down_to_a_50000th_of_the_sampling_frequency(self):
+        for prototype in NAMES:
+            alphas = [10 ** (-k / 20) for k in range(20, 95)]
+            designs = [Design(prototype, BAND_STOP, 2, alpha, 2 * alpha) for alpha in alphas if alpha >= 2e-5]
+            for design, result in zip(designs, run_designer(sys.argv[1], designs)):
+                self.assertEqual(result.code, 0, design)
+                self.assertLessEqual(error(result.x, Reference(design).x), ROUNDING, design)
+
     def test_band_stops_of_the_devices_order_meet_the_limit_of_the_sum_only_by_rounding(self):
         for prototype in NAMES:
             alphas = [10 ** (-k / 20) for k in range(40, 200)]
@@ -385,7 +362,7 @@ class LimitTest(unittest.TestCase):
             for design in failed:
                 reference = Reference(design)
                 self.assertLess(reference.sum, SUM_LIMIT)
-                self.assertGreater(gain_condition(design, reference) * EPSILON, 0.01)
+                self.assertGreater(gain_condition(design, reference) * EPSILON**2, 0.01)
 
 
 if __name__ == "__main__":
