@@ -49,7 +49,7 @@ void copyRecords(std::span<DeviceRecord> records, TORVIKstatistics& statistics) 
         statistics.answersTaken += record.answersTaken.get();
         statistics.answersDiscarded += record.answersDiscarded.get();
         statistics.valuesCleared += record.valuesCleared.get();
-        counts += record.frames.read();
+        counts += record.frames.read(record.staged);
     }
     copyFrames(counts, statistics);
 }

@@ -110,6 +110,7 @@ struct PassResult {
 PassResult drainPass(std::uint32_t thread) {
     PassResult result;
     DeviceRecord* lastReceiver = &deviceRecord(0);
+    std::uint64_t received = adapterCounters.received.get();
     while (thread == currentThread.load(std::memory_order_relaxed)) {
         PcanMessage message;
         PcanTimestamp timestamp;
@@ -124,7 +125,7 @@ PassResult drainPass(std::uint32_t thread) {
             result.code = reportFault(status, *lastReceiver);
             break;
         }
-        adapterCounters.received.add();
+        adapterCounters.received.set(++received);
         result.anyFrame = true;
         DeviceRecord* const receiver = receiverOf(message);
         if (receiver == nullptr) continue;

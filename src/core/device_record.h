@@ -49,19 +49,24 @@ struct SetAssembly {
     std::uint32_t setUpCount = 0;  // of the record, when this assembly began
     bool setInProgress = false;
     std::uint8_t setFramesReceived = 0;
-    std::uint8_t stagedChannels = 0;  // a bit for each channel index that has come
     bool anyStored = false;
     std::uint32_t setSequence = 0;
     std::uint32_t storedSequence = 0;                                     // of the last stored set
     std::array<std::array<std::uint8_t, 5>, channelLimit> stagingSlot{};  // status/type byte, four value bytes
 };
 
-struct DeviceRecord {
+// What the receive thread touches with every frame or set stands close together: with many devices it would not fit
+// into the processor's nearest cache otherwise.
+struct alignas(64) DeviceRecord {
     // Identifiers, active and the ring are written under answerMutex.
     std::atomic<std::uint32_t> commandCanId = 0;
     std::atomic<std::uint32_t> answerCanId = 0;
     std::atomic<std::uint32_t> valueCanId = 0;
     std::atomic<bool> active = false;
+    std::atomic<bool> newValues = false;
+    std::atomic<std::uint32_t> activeChannels = 0;
+    std::atomic<std::uint32_t> setUpCount = 0;  // rises with every zeroing; tells the receive thread to start afresh
+    FrameCounters frames;
     std::array<AnswerSlot, answerSlots> answerRing GUARDED_BY(answerMutex);
     std::uint32_t answerWriteIndex GUARDED_BY(answerMutex) = 0;
     std::uint32_t answerReadIndex GUARDED_BY(answerMutex) = 0;
@@ -72,10 +77,8 @@ struct DeviceRecord {
     std::atomic<std::uint8_t> channelHandle = 0;
     std::atomic<std::uint8_t> ownDeviceNo = 0;
     std::atomic<std::uint16_t> baudCode = 0;
-    std::atomic<std::uint32_t> activeChannels = 0;
     std::atomic<std::uint32_t> firmwareVersion = 0;
     std::atomic<bool> transmitting = false;
-    std::atomic<bool> newValues = false;
     std::atomic<std::uint32_t> lastError = 0;
     std::unique_ptr<FilterObject> filterObject;
 
@@ -84,10 +87,8 @@ struct DeviceRecord {
 
     Counter valuesCleared;  // thrown away unread with the buffers, or by a smaller bound; written under valueMutex
 
-    // Together in memory: the receive thread writes both with every frame.
-    FrameCounters frames;
-    SetAssembly assembly;
-    std::atomic<std::uint32_t> setUpCount = 0;  // rises with every zeroing; tells the receive thread to start afresh
+    alignas(64) SetAssembly assembly;
+    StagedFrames staged;
 
     // The transaction lock. busyLock is held only to look at busy or answerCount and to wait for a change of them.
     platform::Mutex busyLock;

@@ -53,26 +53,32 @@ Counter* FrameCounters::setsAbandonedFor(FrameEnd reason) {
     }
 }
 
-void FrameCounters::abandon(FrameEnd reason, bool asSet) {
+void FrameCounters::abandon(StagedFrames& staged, FrameEnd reason) {
+    const std::uint32_t frames = staged.count();
+    if (frames == 0) return;
+    const bool firstFrameCame = (staged.channels() & 1) != 0;
     const Change change(*this);
-    of(reason).add(inAssembly_.get());
-    inAssembly_.set(0);
-    if (Counter* const sets = setsAbandonedFor(reason); asSet && sets != nullptr) sets->add();
+    staged.clear();
+    routed_.add(frames);
+    of(firstFrameCame ? reason : FrameEnd::outsideSet).add(frames);
+    if (Counter* const sets = setsAbandonedFor(reason); firstFrameCame && sets != nullptr) sets->add();
 }
 
-void FrameCounters::storeSet(std::uint32_t channels, std::uint32_t stagedChannels, std::uint64_t overwritten) {
+void FrameCounters::storeSet(StagedFrames& staged, std::uint32_t channels, std::uint64_t overwritten) {
     const std::uint32_t allChannels = (1U << channels) - 1;
-    const std::uint64_t frames = inAssembly_.get();
+    const std::uint32_t stagedChannels = staged.channels();
+    const std::uint32_t frames = staged.count();
     const Change change(*this);
-    inAssembly_.set(0);
+    staged.clear();
+    routed_.add(frames);
     setsStored_.add();
     if (overwritten != 0) valuesOverwritten_.add(overwritten);
     if (stagedChannels == allChannels && frames == channels) [[likely]] {
         of(FrameEnd::stored).add(channels);
         return;
     }
-    const auto stored = static_cast<std::uint64_t>(std::popcount(stagedChannels & allChannels));
-    const auto beyond = static_cast<std::uint64_t>(std::popcount(stagedChannels & ~allChannels));
+    const auto stored = static_cast<std::uint32_t>(std::popcount(stagedChannels & allChannels));
+    const auto beyond = static_cast<std::uint32_t>(std::popcount(stagedChannels & ~allChannels));
     of(FrameEnd::stored).add(stored);
     of(FrameEnd::beyondChannels).add(beyond);
     of(FrameEnd::replaced).add(frames - stored - beyond);
@@ -87,10 +93,10 @@ void FrameCounters::countSequenceStep(std::uint16_t step) {
     if (step > nextSequence && step < largestGap) setsMissing_.add(step - nextSequence);
 }
 
-FrameCounts FrameCounters::copy() const {
+FrameCounts FrameCounters::copy(const StagedFrames& staged) const {
     FrameCounts counts;
-    counts.routed = routed_.get();
-    counts.inAssembly = inAssembly_.get();
+    counts.inAssembly = staged.count();
+    counts.routed = routed_.get() + counts.inAssembly;
     std::ranges::transform(ends_, counts.ends.begin(), &Counter::get);
     counts.setsStored = setsStored_.get();
     counts.setsIncomplete = setsIncomplete_.get();
@@ -105,12 +111,12 @@ FrameCounts FrameCounters::copy() const {
     return counts;
 }
 
-FrameCounts FrameCounters::read() const {
+FrameCounts FrameCounters::read(const StagedFrames& staged) const {
     constexpr int triesAtOnce = 1000;
     constexpr int triesInAll = 1100;
     for (int tries = 0;; ++tries) {
         const std::uint64_t ended = ended_.get();
-        const FrameCounts counts = copy();
+        const FrameCounts counts = copy(staged);
         // A thread that ended within a change, as at the end of the process, is not waited for without end.
         if (begun_.get() == ended || tries == triesInAll) return counts;
         // The receive thread has lost the processor within a change.

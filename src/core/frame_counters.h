@@ -60,8 +60,28 @@ struct FrameCounts {
     FrameCounts& operator+=(const FrameCounts& other);
 };
 
-// One device's frames, changed by the receive thread alone. What it touches with every frame comes first.
-class alignas(64) FrameCounters {
+// The frames that have taken their place in a set which is not complete yet. Only the receive thread changes it, with
+// nearly every frame: nothing else is counted before the set is stored or abandoned.
+class StagedFrames {
+  public:
+    void stage(unsigned channel) { set((word() + 1) | firstChannelBit << channel); }
+    void clear() { set(0); }
+
+    std::uint32_t count() const { return word() & countBits; }
+    std::uint32_t channels() const { return word() / firstChannelBit; }  // a bit for each channel index that has come
+
+  private:
+    static constexpr std::uint32_t countBits = 0xFFFF;
+    static constexpr std::uint32_t firstChannelBit = countBits + 1;
+
+    std::uint32_t word() const { return word_.load(std::memory_order_acquire); }
+    void set(std::uint32_t word) { word_.store(word, std::memory_order_release); }
+
+    std::atomic<std::uint32_t> word_ = 0;
+};
+
+// One device's frames, changed by the receive thread alone. What it touches with every set comes first.
+class FrameCounters {
   public:
     // Changes made while one lives are seen together or not at all.
     class Change {
@@ -90,35 +110,25 @@ class alignas(64) FrameCounters {
         if (overwritten) answersOverwritten_.add();
     }
 
-    // A frame that takes its place in a set.
-    void stage() {
-        const Change change(*this);
-        routed_.add();
-        inAssembly_.add();
-    }
-    std::uint64_t staged() const { return inAssembly_.get(); }
+    // The staged frames end for this reason; if they began a set, that is counted, too.
+    void abandon(StagedFrames& staged, FrameEnd reason);
 
-    // The staged frames end for this reason; with `asSet` the set that they began is counted, too.
-    void abandon(FrameEnd reason, bool asSet);
-
-    // The staged frames end in a stored set of `channels` channels. `stagedChannels`: a bit for each channel index that
-    // they had.
-    void storeSet(std::uint32_t channels, std::uint32_t stagedChannels, std::uint64_t overwritten);
+    // The staged frames end in a stored set of `channels` channels.
+    void storeSet(StagedFrames& staged, std::uint32_t channels, std::uint64_t overwritten);
 
     // A set was stored whose number is so far behind the one stored before (1: it is the next).
     void countSequenceStep(std::uint16_t step);
 
-    FrameCounts read() const;
+    FrameCounts read(const StagedFrames& staged) const;
 
   private:
     Counter& of(FrameEnd end) { return ends_[static_cast<std::size_t>(end)]; }
     Counter* setsAbandonedFor(FrameEnd reason);
-    FrameCounts copy() const;
+    FrameCounts copy(const StagedFrames& staged) const;
 
     Counter begun_;
     Counter ended_;
-    Counter routed_;
-    Counter inAssembly_;
+    Counter routed_;  // without those that are staged
     Counter setsStored_;
     std::array<Counter, frameEndCount> ends_;
     Counter setsIncomplete_;

@@ -57,32 +57,23 @@ bool storeValue(ValueBuffer& buffer, const StagedFrame& frame, ValueType& type) 
     return overwritten;
 }
 
-// Ends the frames of a set that will not be stored. What goes on in the middle of a set is counted frame by frame.
-void abandonSet(DeviceRecord& record, FrameEnd reason) {
-    SetAssembly& assembly = record.assembly;
-    if (record.frames.staged() == 0) return;
-    const bool firstFrameCame = (assembly.stagedChannels & 1) != 0;
-    record.frames.abandon(firstFrameCame ? reason : FrameEnd::outsideSet, firstFrameCame);
-    assembly.stagedChannels = 0;
-}
-
 void countStoredSet(DeviceRecord& record, std::uint32_t channels, std::uint64_t overwritten) {
     SetAssembly& assembly = record.assembly;
-    record.frames.storeSet(channels, assembly.stagedChannels, overwritten);
+    record.frames.storeSet(record.staged, channels, overwritten);
     if (assembly.anyStored) {
         record.frames.countSequenceStep(static_cast<std::uint16_t>(assembly.setSequence - assembly.storedSequence));
     }
     assembly.anyStored = true;
     assembly.storedSequence = assembly.setSequence;
-    assembly.stagedChannels = 0;
 }
 
 // A record that was taken down or set up again meanwhile has no use for the set.
 void storeSet(DeviceRecord& record, SetAssembly& assembly) {
     // A set that cannot be stored stays as it is.
-    if (!valueMutex.lockFor(mutexLimit)) return abandonSet(record, FrameEnd::lockedSet);
+    if (!valueMutex.lockFor(mutexLimit)) return record.frames.abandon(record.staged, FrameEnd::lockedSet);
     platform::TimedLock lock(valueMutex);
-    if (!record.active || assembly.setUpCount != record.setUpCount) return abandonSet(record, FrameEnd::releasedSet);
+    if (!record.active || assembly.setUpCount != record.setUpCount)
+        return record.frames.abandon(record.staged, FrameEnd::releasedSet);
     const std::uint32_t channels = std::min<std::uint32_t>(record.activeChannels, channelLimit);
     std::uint64_t overwritten = 0;
     for (std::uint32_t channel = 0; channel < channels; ++channel) {
@@ -98,7 +89,7 @@ void storeSet(DeviceRecord& record, SetAssembly& assembly) {
 void assembleValueFrame(DeviceRecord& record, const std::array<std::uint8_t, 8>& data) {
     SetAssembly& assembly = record.assembly;
     if (const std::uint32_t setUpCount = record.setUpCount; assembly.setUpCount != setUpCount) {
-        abandonSet(record, FrameEnd::releasedSet);
+        record.frames.abandon(record.staged, FrameEnd::releasedSet);
         assembly = {};
         assembly.setUpCount = setUpCount;
     }
@@ -106,7 +97,7 @@ void assembleValueFrame(DeviceRecord& record, const std::array<std::uint8_t, 8>&
     if (channel >= channelLimit) return record.frames.end(FrameEnd::wrongChannel);
     const std::uint32_t sequence = readBigEndian16(std::span(data).subspan<2, 2>());
     if (channel == 0) {
-        abandonSet(record, FrameEnd::incompleteSet);
+        record.frames.abandon(record.staged, FrameEnd::incompleteSet);
         assembly.setInProgress = true;
         assembly.setSequence = sequence;
         assembly.setFramesReceived = 0;
@@ -116,12 +107,11 @@ void assembleValueFrame(DeviceRecord& record, const std::array<std::uint8_t, 8>&
     if (!assembly.setInProgress) return record.frames.end(FrameEnd::outsideSet);
     if (sequence != assembly.setSequence) {
         assembly.setInProgress = false;
-        abandonSet(record, FrameEnd::brokenSet);
+        record.frames.abandon(record.staged, FrameEnd::brokenSet);
         return record.frames.end(FrameEnd::brokenSet);
     }
     assembly.stagingSlot[channel] = {data[1], data[4], data[5], data[6], data[7]};
-    assembly.stagedChannels = static_cast<std::uint8_t>(assembly.stagedChannels | 1U << channel);
-    record.frames.stage();
+    record.staged.stage(channel);
     ++assembly.setFramesReceived;
     if (assembly.setFramesReceived == channels) storeSet(record, assembly);
 }
