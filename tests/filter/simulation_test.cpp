@@ -117,6 +117,15 @@ const Design& kindOf(std::size_t i) {
     return designs[i];
 }
 
+TEST_F(FloatSimulation, MakesTheSameSineOfHalfTheSamplingFrequencyOnEverySystem) {
+    // Rounding errors of the phase alone, each with all its digits.
+    sine(0, fs / 2);
+    EXPECT_EQ(floatInputs()[249], 0x1.29caa6c9ebb36p-39F);
+    EXPECT_EQ(floatInputs()[499], -0x1.075cc91c537a8p-36F);
+    EXPECT_EQ(floatInputs()[749], -0x1.47f2e711e46b7p-36F);
+    EXPECT_EQ(floatInputs()[999], 0x1.b6edf5f115473p-37F);
+}
+
 TEST_F(FloatSimulation, FollowsThePlainRecurrenceForSteps) {
     for (std::size_t i = 0; i < 4; ++i) {
         make(kindOf(i));
