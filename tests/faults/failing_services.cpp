@@ -2,9 +2,11 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <string_view>
 
 #include "core/library_state.h"
 #include "platform/faults.h"
@@ -60,7 +62,8 @@ bool serviceFails(Service service, const char* name) {
     if (!armed || untouched > 0 || failure.service != service || !libraryGate.occupied()) return false;
     ++failure.uses;
     if (failure.uses != failure.nth && !(failure.fromThenOn && failure.uses > failure.nth)) return false;
-    if (failure.struck == nullptr) failure.struck = name;
+    constexpr std::string_view closing = "fclose";
+    if (failure.struck == nullptr || failure.struck == closing) failure.struck = name;
     return true;
 }
 
@@ -86,18 +89,29 @@ std::int64_t openFiles() {
 
 namespace {
 
+// Stands before every block.
+struct alignas(std::max_align_t) BlockHeader {
+    bool ofTheLibrary;
+};
+
+bool insideLibrary() {
+    return untouched == 0 && libraryGate.occupied();
+}
+
 void* allocate(std::size_t size) {
     if (serviceFails(Service::allocation, "operator new")) throw std::bad_alloc();
-    void* const block = std::malloc(size == 0 ? 1 : size);
-    if (block == nullptr) throw std::bad_alloc();
-    ++blocks;
-    return block;
+    void* const memory = std::malloc(sizeof(BlockHeader) + size);
+    if (memory == nullptr) throw std::bad_alloc();
+    auto* const header = new (memory) BlockHeader{insideLibrary()};
+    if (header->ofTheLibrary) ++blocks;
+    return header + 1;
 }
 
 void release(void* block) {
     if (block == nullptr) return;
-    --blocks;
-    std::free(block);
+    BlockHeader* const header = static_cast<BlockHeader*>(block) - 1;
+    if (header->ofTheLibrary) --blocks;
+    std::free(header);
 }
 
 bool failsWithSystemError(Service service, const char* name) {

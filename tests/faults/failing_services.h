@@ -16,7 +16,8 @@ class FailingService {
     FailingService(const FailingService&) = delete;
     FailingService& operator=(const FailingService&) = delete;
 
-    // Whether anything has failed; `what`: the name of what failed first.
+    // Whether anything has failed; `what`: the name of what failed first, the closing of a file only if nothing else
+    // did.
     static bool struck();
     static const char* what();
 };
@@ -34,7 +35,7 @@ class ServicesUntouched {
     ServicesUntouched& operator=(const ServicesUntouched&) = delete;
 };
 
-// Blocks that were allocated and not freed, files that were opened and not closed, by the whole program.
+// Blocks that were allocated inside the library and not freed; files that the program has opened and not closed.
 std::int64_t liveBlocks();
 std::int64_t openFiles();
 

@@ -1,5 +1,6 @@
 // Exports of the library itself, of activation and of measured values.
 #include "TORVIK.h"
+#include "TORVIKstatistics.h"
 #include "faults/fault_row.h"
 #include "faults/simulated_bus.h"
 
@@ -42,6 +43,13 @@ std::vector<FaultRow> frameRows() {
              u32 version = 0;
              const auto result = TORVIKDllVersion(&version);
              return Outcome{result, show(version), false};
+         },
+         returns(0)},
+        {"TORVIKgetStatistics", "",
+         [](std::int32_t deviceNo) {
+             TORVIKstatistics statistics{};
+             statistics.size = sizeof statistics;
+             return Outcome{TORVIKgetStatistics(deviceNo, &statistics), "", true};
          },
          returns(0)},
         {"TORVIKgetLastErrorText", "", fills([](std::int32_t deviceNo, CallerMemory& memory) {

@@ -105,6 +105,7 @@ void SimulatedBus::begin(const FaultPlan& plan, std::function<void()> release) {
     inExchange_ = true;
     brokenDown_ = false;
     position_ = 0;
+    delivering_ = 0;
     positions_.clear();
     sent_.clear();
 }
@@ -133,6 +134,11 @@ void SimulatedBus::failCall(std::uint32_t nth, bool fromThenOn, std::uint32_t st
     failedCall_.reset();
 }
 
+std::size_t SimulatedBus::waitingFrames() {
+    const std::scoped_lock lock(queueMutex_);
+    return queue_.size();
+}
+
 void SimulatedBus::failNoCall() {
     callsUntilFailure_ = 0;
     failing_ = false;
@@ -143,7 +149,7 @@ std::uint32_t SimulatedBus::call(Entry entry, std::uint8_t parameter) {
     if (failing_) return failureStatus_;
     if (callsUntilFailure_ == 0 || --callsUntilFailure_ > 0) return pcan::ok;
     failing_ = fromThenOn_;
-    failedCall_ = FailedCall{entry, position_, parameter, !queue_.empty()};
+    failedCall_ = FailedCall{entry, position_, delivering_, parameter, !queue_.empty()};
     return failureStatus_;
 }
 
@@ -207,7 +213,7 @@ std::uint32_t SimulatedBus::writeToFirst(const PcanMessage& message) {
     positions_[first].written = true;
     for (std::size_t i = 0; i < answers.size(); ++i)
         positions_[first + i].answered = true;
-    if (const std::uint32_t status = failing_ ? failureStatus_ : call(Entry::write); status != pcan::ok) return status;
+    if (const std::uint32_t status = call(Entry::write); status != pcan::ok) return status;
     const bool here = first == plan_.position;
     if (plan_.fault == Fault::adapterGone && here) breakDown();
     if (brokenDown_ || (plan_.fault == Fault::failedWrite && here)) return plan_.adapterStatus;
@@ -222,6 +228,7 @@ std::uint32_t SimulatedBus::writeToFirst(const PcanMessage& message) {
 }
 
 void SimulatedBus::deliver(std::size_t position, const Bytes& data) {
+    delivering_ = position;
     if (brokenDown_ || (plan_.fault == Fault::silentDevice && position >= plan_.position)) return;
     if (plan_.fault == Fault::shiftedAnswers && position >= plan_.position) {
         if (position == plan_.position) shifted_ = data;

@@ -55,7 +55,8 @@ class SimulatedBus {
     // The adapter call that failed.
     struct FailedCall {
         Entry entry = Entry::read;
-        std::size_t position = 0;    // of the exchange
+        std::size_t position = 0;    // of the exchange: the next one
+        std::size_t answer = 0;      // the position whose answer was put on the bus last
         std::uint8_t parameter = 0;  // of getValue and setValue
         bool framesWaited = false;   // in the receive queue
     };
@@ -87,6 +88,9 @@ class SimulatedBus {
     void failCall(std::uint32_t nth, bool fromThenOn, std::uint32_t status);
     void failNoCall();
     std::optional<FailedCall> failedCall() const { return failedCall_; }
+
+    // Nobody has read them yet.
+    std::size_t waitingFrames();
 
     const std::vector<Position>& positions() const { return positions_; }
     const std::vector<std::uint8_t>& sent() const { return sent_; }  // command codes that went out
@@ -123,6 +127,7 @@ class SimulatedBus {
     bool inExchange_ = false;
     bool brokenDown_ = false;
     std::size_t position_ = 0;
+    std::size_t delivering_ = 0;
     std::vector<Position> positions_;
     std::vector<std::uint8_t> sent_;
     Bytes lastAnswer_{};

@@ -1,0 +1,134 @@
+#include "faults/sweep_bench.h"
+
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <system_error>
+
+#include "TORVIK.h"
+
+namespace torvik::test {
+
+namespace {
+
+constexpr std::uint32_t threadStart = 0x30000109;
+
+std::map<std::string, std::uint64_t>& caseCounts() {
+    static std::map<std::string, std::uint64_t> counts;
+    return counts;
+}
+
+class CountsPrinted final : public testing::Environment {
+  public:
+    void TearDown() override {
+        std::uint64_t all = 0;
+        std::cout << "sweep: ";
+        for (const auto& [service, count] : caseCounts()) {
+            std::cout << service << " " << count << ", ";
+            all += count;
+        }
+        std::cout << all << " cases of a failing service\n";
+    }
+};
+const testing::Environment* const environment = testing::AddGlobalTestEnvironment(new CountsPrinted);
+
+// 0 where the system has no such folder.
+std::int64_t entriesOf(const char* folder) {
+    std::error_code none;
+    std::int64_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, none)) {
+        static_cast<void>(entry);
+        ++count;
+    }
+    return count;
+}
+
+}  // namespace
+
+void countCase(const std::string& service) {
+    ++caseCounts()[service];
+}
+
+Holdings Holdings::now() {
+    Holdings holdings;
+    holdings.blocks = liveBlocks();
+    holdings.files = openFiles();
+    holdings.descriptors = entriesOf("/proc/self/fd");
+    holdings.threads = entriesOf("/proc/self/task");
+    return holdings;
+}
+
+void PrintTo(const Holdings& holdings, std::ostream* out) {
+    *out << holdings.blocks << " blocks, " << holdings.files << " files, " << holdings.descriptors << " descriptors, "
+         << holdings.threads << " threads";
+}
+
+// A thread that has been joined can be seen for a moment longer.
+void SweepBench::expectClosed() const {
+    const platform::TimePoint limit = platform::systemNow() + std::chrono::seconds(2);
+    while (Holdings::now() != closed_ && platform::systemNow() < limit)
+        std::this_thread::yield();
+    EXPECT_EQ(Holdings::now(), closed_);
+}
+
+void SweepBench::SetUp() {
+    static const std::int64_t threadsInTheBeginning = Holdings::now().threads;
+    FaultBench::SetUp();
+    const FaultPlan none{.fault = Fault::none, .position = static_cast<std::size_t>(-1)};
+    countCase("undisturbed");
+    for (int i = 0; i < 2; ++i) {
+        undisturbed = meet(row(), none);
+        expectRecovery(!row().endsInactive, 0);
+    }
+    TORVIKrelease(0);
+    closed_ = Holdings::now();
+    closed_.threads = threadsInTheBeginning;
+    activateAll();
+}
+
+void SweepBench::activateAll() {
+    for (std::int32_t deviceNo = 1; deviceNo <= static_cast<std::int32_t>(simulatedDevices); ++deviceNo)
+        activate(deviceNo);
+}
+
+SweptOutcome SweepBench::meetFailing(Service service, std::uint32_t nth, bool fromThenOn, int systemError) {
+    SweptOutcome outcome;
+    begin(row());
+    bus.begin({.fault = Fault::none, .position = static_cast<std::size_t>(-1)});
+    {
+        const FailingService failing(service, nth, fromThenOn, systemError);
+        outcome.observation = observe(row());
+        outcome.struck = FailingService::struck();
+        outcome.what = FailingService::what();
+    }
+    bus.end();
+    outcome.codeOfNobody = takeCode(0);
+    return outcome;
+}
+
+void SweepBench::expectUndisturbed(const SweptOutcome& outcome) {
+    EXPECT_EQ(outcome.observation.outcome.result, undisturbed.outcome.result) << outcome.what;
+    EXPECT_EQ(outcome.observation.code, undisturbed.code) << outcome.what;
+    EXPECT_TRUE(outcome.observation.outcome.output == undisturbed.outcome.output) << outcome.what;
+    EXPECT_EQ(outcome.observation.sent, undisturbed.sent) << outcome.what;
+    expectRecovery(!row().endsInactive, 0);
+}
+
+void SweepBench::expectFailure(const SweptOutcome& outcome, std::uint32_t code) {
+    EXPECT_EQ(outcome.observation.outcome.result, row().failed) << outcome.what;
+    EXPECT_EQ(outcome.observation.code, code) << outcome.what;
+    EXPECT_EQ(outcome.observation.elapsed.count(), 0) << outcome.what;
+    recover();
+}
+
+void SweepBench::expectThreadFailure(const SweptOutcome& outcome) {
+    EXPECT_EQ(outcome.codeOfNobody, threadStart) << outcome.what;
+    expectFailure(outcome, 0);
+}
+
+void SweepBench::recover(std::uint32_t strays) {
+    if (opensAdapter() && !record().active) TORVIKrelease(0);
+    expectRecovery(row().start == Start::active ? !row().endsInactive : record().active.load(), strays);
+}
+
+}  // namespace torvik::test
