@@ -1,0 +1,99 @@
+#!/usr/bin/python3
+"""Compares what the program `transcript` wrote on Linux and on Windows.
+
+compare_transcripts.py LINUX_FOLDER WINDOWS_FOLDER EXPORTS.def: the transcripts are equal line by line and name every
+export; the response files are equal line by line, except that the last printed digit of a number may differ by one.
+Line ends are the systems' own.
+"""
+import decimal
+import pathlib
+import re
+import sys
+
+TRANSCRIPT = "transcript.txt"
+# Tells how often something happened, which also depends on how fast.
+NOT_COMPARED = {"TORVIKgetStatistics"}
+SHOWN_AT_MOST = 10
+
+
+class Difference(Exception):
+    """What is not as it has to be."""
+
+
+def lines_of(path, line_end):
+    """The lines of a file, each of which ends as its system ends lines."""
+    content = path.read_bytes()
+    if b"\r" in content.replace(line_end, b"\n") or line_end == b"\r\n" and content.count(b"\n") != content.count(line_end):
+        raise Difference(f"{path} has foreign line ends")
+    return content.replace(line_end, b"\n").decode("latin-1").split("\n")
+
+
+def nearly_equal(left, right):
+    """Two printed numbers whose last digits differ by one at most."""
+    try:
+        numbers = decimal.Decimal(left), decimal.Decimal(right)
+    except decimal.InvalidOperation:
+        return False
+    exponents = [number.as_tuple().exponent for number in numbers]
+    if not all(isinstance(exponent, int) for exponent in exponents):
+        return False
+    return abs(numbers[0] - numbers[1]) <= decimal.Decimal((0, (1,), max(exponents)))
+
+
+def similar(left, right):
+    """Two lines that are equal but for the last digits of their numbers."""
+    left_words, right_words = (re.split(r"([\t ])", line) for line in (left, right))
+    return len(left_words) == len(right_words) and all(
+        one == other or nearly_equal(one, other) for one, other in zip(left_words, right_words))
+
+
+def compare_file(linux, windows, accept):
+    """The number of lines, and of those that are not the same but accepted."""
+    left, right = lines_of(linux, b"\n"), lines_of(windows, b"\r\n")
+    different = [(number, pair) for number, pair in enumerate(zip(left, right), 1) if pair[0] != pair[1]]
+    refused = [(number, pair) for number, pair in different if not accept(*pair)]
+    if refused or len(left) != len(right):
+        shown = "".join(f"\n  {number}: {one}\n  {number}: {other}" for number, (one, other) in refused[:SHOWN_AT_MOST])
+        raise Difference(f"{linux.name}: {len(refused)} lines differ, {len(left)} and {len(right)} lines{shown}")
+    return len(left) - 1, len(different)
+
+
+def check_coverage(transcript, definition):
+    """The transcript is complete and has a call of every export."""
+    exports = set(re.findall(r"^  (\w+)$", definition.read_text(), re.MULTILINE)) - NOT_COMPARED
+    called = set(re.findall(r"^(TORVIK\w+)\(", transcript, re.MULTILINE))
+    if not exports or exports - called:
+        raise Difference(f"exports that were not called: {sorted(exports - called)}")
+    end = re.search(r"^end: (\d+) calls, (\d+) frames, (\d+) floating-point numbers\n\Z", transcript, re.MULTILINE)
+    if end is None or any(int(count) < 1000 for count in end.groups()):
+        raise Difference("the transcript is not complete")
+    return len(exports), end.groups()
+
+
+def compare(linux, windows, definition):
+    """The figures of two runs that are alike."""
+    names = [sorted(path.name for path in folder.iterdir()) for folder in (linux, windows)]
+    if names[0] != names[1] or TRANSCRIPT not in names[0]:
+        raise Difference(f"different files: {sorted(set(names[0]) ^ set(names[1]))}")
+    responses = [name for name in names[0] if name != TRANSCRIPT]
+    if not responses:
+        raise Difference("no response files")
+    compare_file(linux / TRANSCRIPT, windows / TRANSCRIPT, lambda one, other: False)
+    exports, (calls, frames, numbers) = check_coverage((linux / TRANSCRIPT).read_text("latin-1"), definition)
+    counts = [compare_file(linux / name, windows / name, similar) for name in responses]
+    lines, in_last_digit = (sum(column) for column in zip(*counts))
+    return (f"{calls} calls of {exports} exports: {frames} frames and {numbers} floating-point numbers identical; "
+            f"{len(responses)} response files of {lines} lines equal, {in_last_digit} lines but for a last digit")
+
+
+def main():
+    try:
+        print(compare(*map(pathlib.Path, sys.argv[1:])))
+    except (Difference, OSError) as difference:
+        print(difference, file=sys.stderr)
+        return 1
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
