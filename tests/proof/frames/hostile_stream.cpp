@@ -1,0 +1,138 @@
+#include "hostile_stream.h"
+
+#include <algorithm>
+
+#include "value_stream.h"
+
+namespace torvik::proof {
+
+const std::array<std::uint32_t, 30> adapterStatuses = {
+    0x1,     0x2,     0x4,     0x8,     0x10,    0x20,      0x40,      0x80,      0x100,      0x200,
+    0x400,   0x800,   0x1000,  0x1400,  0x1800,  0x1C00,    0x2000,    0x4000,    0x8000,     0x10000,
+    0x1001C, 0x20000, 0x40000, 0x4001C, 0x80000, 0x2000000, 0x4000000, 0x8000000, 0x80000000, 0xFFFFFFFF};
+
+namespace {
+
+// Signalling and quiet NaN, infinities, denormals, the largest, the smallest, both zeros.
+constexpr std::array<std::uint32_t, 14> oddFloats = {0x7F800001, 0xFFBFFFFF, 0x7FC00000, 0xFFFFFFFF, 0x7F800000,
+                                                     0xFF800000, 0x00000001, 0x807FFFFF, 0x00400000, 0x7F7FFFFF,
+                                                     0xFF7FFFFF, 0x00800000, 0x00000000, 0x80000000};
+
+}  // namespace
+
+std::uint32_t HostileStream::next(PcanMessage& message) {
+    // A set that the healthy device has begun is sent to its end.
+    if (framesLeft_ == 0 && healthyChannel_ == 0) {
+        ended_.store(true, std::memory_order_release);
+        return pcan::queueEmpty;
+    }
+    if (healthyIsDue_) return nextHealthy(message);
+    if (!afterStatus_ && random_.below(256) == 0) {
+        afterStatus_ = true;
+        ++statuses_;
+        ProofAdapter::instance().signal();
+        return adapterStatuses[random_.below(adapterStatuses.size())];
+    }
+    if (framesLeft_ == 0 || random_.below(4) == 0) {
+        healthyIsDue_ = true;
+        return nextHealthy(message);
+    }
+    makeHostile(message);
+    afterStatus_ = false;
+    --framesLeft_;
+    return pcan::ok;
+}
+
+std::uint32_t HostileStream::nextHealthy(PcanMessage& message) {
+    const std::uint64_t set = healthySets_.load(std::memory_order_relaxed);
+    if (set == allowed_.load(std::memory_order_acquire)) return pcan::queueEmpty;
+    writeValueFrame(healthyDevice, healthyChannel_, set, message);
+    healthyIsDue_ = false;
+    afterStatus_ = false;
+    if (framesLeft_ > 0) --framesLeft_;
+    if (++healthyChannel_ == channelCount) {
+        healthyChannel_ = 0;
+        healthySets_.store(set + 1, std::memory_order_release);
+    }
+    return pcan::ok;
+}
+
+void HostileStream::makeHostile(PcanMessage& message) {
+    const std::uint64_t data = random_.next();
+    for (unsigned i = 0; i < 8; ++i)
+        message.data[i] = static_cast<std::uint8_t>(data >> (8 * i));
+    const std::uint64_t shape = random_.next();
+    message.type = static_cast<std::uint8_t>(shape);
+    message.length = static_cast<std::uint8_t>(shape >> 8);
+    switch (shape >> 16 & 15) {
+        case 0:
+            return addressHealthyInVain(message);
+        case 1:
+        case 2:
+            message.id = answerIdOf(static_cast<std::uint8_t>(2 + random_.below(lastVictim - 1)));
+            break;
+        case 3:
+        case 4:
+        case 5:
+            message.id = anyIdentifier();
+            break;
+        default:
+            return makeValueFrame(message);
+    }
+    cutToLength(message);
+}
+
+// A set of a victim goes on most of the time, so that many sets are completed, with any numbers in them.
+void HostileStream::makeValueFrame(PcanMessage& message) {
+    const auto deviceNo = static_cast<std::uint8_t>(2 + random_.below(lastVictim - 1));
+    Victim& victim = victims_[deviceNo];
+    message.id = valueIdOf(deviceNo);
+    const std::uint32_t fault = random_.below(64);
+    if (fault >= 2) {
+        if (fault >= 4) message.length = static_cast<std::uint8_t>(message.length | 8);
+        message.data[0] = static_cast<std::uint8_t>(victim.channel | (fault & 0x30));
+        message.data[2] = static_cast<std::uint8_t>(victim.sequence >> 8);
+        message.data[3] = static_cast<std::uint8_t>(victim.sequence & 0xFF);
+        const std::uint32_t value = anyValue();
+        for (unsigned i = 0; i < 4; ++i)
+            message.data[4 + i] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
+        if (fault != 5 && ++victim.channel >= channelCount + (fault == 6 ? 1 : 0)) {
+            victim.channel = 0;
+            victim.sequence = static_cast<std::uint16_t>(fault == 7 ? random_.next() : victim.sequence + 1U);
+        }
+    }
+    cutToLength(message);
+}
+
+// What the healthy device's identifiers can carry without touching its sets.
+void HostileStream::addressHealthyInVain(PcanMessage& message) {
+    message.id = random_.below(2) == 0 ? valueIdOf(healthyDevice) : answerIdOf(healthyDevice);
+    const std::uint32_t kind = random_.below(3);
+    // An answer, a command, or a value frame of a channel from 8 on.
+    message.data[0] = static_cast<std::uint8_t>(kind == 0   ? 0x40 | (message.data[0] & 0x3F)
+                                                : kind == 1 ? 0x80 | message.data[0]
+                                                            : 0x08 | (message.data[0] & 0x3F));
+    // A shorter frame would be one of channel 0.
+    message.length = static_cast<std::uint8_t>(message.length | 8);
+}
+
+std::uint32_t HostileStream::anyIdentifier() {
+    constexpr std::uint32_t standardBits = 0x7FF;
+    for (;;) {
+        auto id = static_cast<std::uint32_t>(random_.next() >> 32);
+        if (random_.below(2) == 0) id &= standardBits;
+        if (id != valueIdOf(healthyDevice) && id != answerIdOf(healthyDevice)) return id;
+    }
+}
+
+std::uint32_t HostileStream::anyValue() {
+    if (random_.below(2) == 0) return oddFloats[random_.below(oddFloats.size())];
+    return static_cast<std::uint32_t>(random_.next() >> 32);
+}
+
+// As an adapter delivers a short frame.
+void HostileStream::cutToLength(PcanMessage& message) {
+    if (message.length < message.data.size()) std::fill(message.data.begin() + message.length, message.data.end(), 0);
+}
+
+}  // namespace torvik::proof
