@@ -1,0 +1,144 @@
+// The library comes and goes many times, and programs end at any instant: nothing hangs, nothing stays behind.
+// TORVIK_CYCLES, TORVIK_CYCLES_WITHOUT_RELEASE and TORVIK_EXITS ask for more than the usual numbers.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "TORVIK.h"
+#include "process_state.h"
+#include "support/loaded_library.h"
+#include "support/program.h"
+#include "virtual_control.h"
+
+namespace {
+
+using torvik::proof::ProcessState;
+using torvik::test::exitCodeOf;
+using torvik::test::LoadedLibrary;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr const char* library = TORVIK_LIBRARY;
+constexpr milliseconds longestStep(1000);
+
+// The first ones fill what the system keeps: thread stacks, memory of the C run-time.
+constexpr int warmUpCycles = 20;
+
+int numberFrom(const char* variable, int usual) {
+    const char* const asked = std::getenv(variable);
+    return asked == nullptr ? usual : std::stoi(asked);
+}
+
+// The time that steps take, against the longest that one may.
+class Steps {
+  public:
+    template <class Step>
+    void run(const char* name, Step step) {
+        const auto begun = Clock::now();
+        step();
+        const auto took = std::chrono::duration_cast<milliseconds>(Clock::now() - begun);
+        EXPECT_LT(took, longestStep) << name;
+        if (took < longest_) return;
+        longest_ = took;
+        longestName_ = name;
+    }
+
+    std::string longest() const { return longestName_ + " " + std::to_string(longest_.count()) + " ms"; }
+
+  private:
+    milliseconds longest_{0};
+    std::string longestName_;
+};
+
+constexpr int devices = 3;
+constexpr const char* bench = "[[amplifier]]\ncopies = 3\nfrequency = 1000\n";
+
+void activateAll(const LoadedLibrary& loaded) {
+    for (std::int32_t deviceNo = 1; deviceNo <= devices; ++deviceNo) {
+        const std::uint32_t commandId = 0x100 + 3 * static_cast<std::uint32_t>(deviceNo - 1);
+        std::uint32_t channels = 0;
+        ASSERT_EQ(loaded.function<decltype(TORVIKactivateExtended)>("TORVIKactivateExtended")(
+                      deviceNo, TORVIK_ADAPTER_USB, 1'000'000, 1000, &channels, commandId, commandId + 1,
+                      TORVIK_FLAG_PROTOCOL_KIND_16),
+                  0);
+    }
+}
+
+// Waits until every device's own stream has brought a set.
+void receiveFromAll(const LoadedLibrary& loaded) {
+    const auto deadline = Clock::now() + std::chrono::seconds(2);
+    for (std::int32_t deviceNo = 1; deviceNo <= devices; ++deviceNo) {
+        std::int32_t count = 0;
+        while (count == 0 && Clock::now() < deadline) {
+            ASSERT_EQ(loaded.function<decltype(TORVIKreceived)>("TORVIKreceived")(deviceNo, 0, &count), 0);
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        }
+        ASSERT_GT(count, 0);
+    }
+}
+
+void runCycle(Steps& steps, bool release) {
+    // The channel was left open by an unload without release.
+    ASSERT_EQ(virtualReset(), 0);
+    ASSERT_EQ(virtualConfigure(bench), 0) << virtualMessage();
+    auto loaded = std::make_unique<LoadedLibrary>(library);
+    ASSERT_TRUE(loaded->loaded());
+    steps.run("activation", [&] { activateAll(*loaded); });
+    if (testing::Test::HasFatalFailure()) return;
+    receiveFromAll(*loaded);
+    if (release) {
+        steps.run("release", [&] { loaded->function<decltype(TORVIKrelease)>("TORVIKrelease")(0); });
+    }
+    steps.run("unload", [&] { loaded.reset(); });
+    ASSERT_FALSE(LoadedLibrary::present(library));
+}
+
+void runCycles(int cycles, bool release) {
+    Steps steps;
+    for (int cycle = 0; cycle < warmUpCycles; ++cycle)
+        runCycle(steps, release);
+    const ProcessState before = ProcessState::now();
+    const auto begun = Clock::now();
+    for (int cycle = 0; cycle < cycles && !testing::Test::HasFailure(); ++cycle)
+        runCycle(steps, release);
+    const std::chrono::duration<double> took = Clock::now() - begun;
+    const ProcessState after = ProcessState::now();
+    std::printf("%d cycles %s release in %.1f s; longest step: %s; before %s, after %s\n", cycles,
+                release ? "with" : "without", took.count(), steps.longest().c_str(), before.text().c_str(),
+                after.text().c_str());
+    EXPECT_EQ(after.threads, before.threads);
+    EXPECT_EQ(after.handles, before.handles);
+    if (TORVIK_MAPPINGS_ARE_OUR_OWN) {
+        EXPECT_LE(after.mappings, before.mappings);
+    }
+}
+
+TEST(Cycles, LoadedActivatedReleasedAndUnloadedManyTimes) {
+    runCycles(numberFrom("TORVIK_CYCLES", TORVIK_USUAL_CYCLES), true);
+}
+
+TEST(Cycles, UnloadedManyTimesWithoutRelease) {
+    runCycles(numberFrom("TORVIK_CYCLES_WITHOUT_RELEASE", TORVIK_USUAL_CYCLES), false);
+}
+
+TEST(Cycles, ProgramsThatEndAtAnyInstantEndWithTheirOwnExitCode) {
+    const int exits = numberFrom("TORVIK_EXITS", TORVIK_USUAL_EXITS);
+    Steps steps;
+    const auto begun = Clock::now();
+    for (int run = 0; run < exits && !HasFailure(); ++run) {
+        // The instant included, which is 100 ms at most.
+        steps.run("program", [run] {
+            ASSERT_EQ(exitCodeOf(TORVIK_RANDOM_EXIT_PROGRAM " " + std::to_string(run)), run % 200) << "seed " << run;
+        });
+    }
+    const std::chrono::duration<double> took = Clock::now() - begun;
+    std::printf("%d exits at random instants in %.1f s; longest: %s\n", exits, took.count(), steps.longest().c_str());
+}
+
+}  // namespace

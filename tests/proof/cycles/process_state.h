@@ -1,0 +1,22 @@
+// What a process holds of the system, for comparing before and after.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace torvik::proof {
+
+struct ProcessState {
+    std::size_t threads = 0;
+    std::size_t handles = 0;   // Linux: file descriptors
+    std::size_t mappings = 0;  // regions of the address space
+
+    static ProcessState now();
+    std::string text() const {
+        return std::to_string(threads) + " threads, " + std::to_string(handles) + " handles, " +
+               std::to_string(mappings) + " mappings";
+    }
+    bool operator==(const ProcessState&) const = default;
+};
+
+}  // namespace torvik::proof
