@@ -81,12 +81,12 @@ std::int32_t runBody(const DeviceCall& call, std::int32_t failed, Body& body) no
 template <class Body>
 std::int32_t deviceCall(std::int32_t deviceNo, std::int32_t failed, Body body) noexcept {
     const DeviceCall call(deviceNumber(deviceNo));
-    const Visit inLibrary(libraryGate);
-    if (!inLibrary.inside()) {
+    if (call.deviceNo() >= deviceLimit) {
+        const Visit inLibrary(libraryGate);
+        if (inLibrary.inside()) return runBody(call, failed, body);
         setError(call.deviceNo(), error::notActive);
         return failed;
     }
-    if (call.deviceNo() >= deviceLimit) return runBody(call, failed, body);
     const Visit inRecord(call.record().gate);
     const std::int32_t result = inRecord.inside() ? runBody(call, failed, body) : failed;
     if (!inRecord.inside() || (result == failed && call.record().gate.closing())) {

@@ -14,6 +14,7 @@
 #include "core/device_table.h"
 #include "core/error_codes.h"
 #include "core/measured_values.h"
+#include "core/transaction.h"
 #include "platform/thread.h"
 
 namespace torvik {
@@ -187,15 +188,37 @@ void releaseAll() {
         endExclusion(record);
 }
 
+namespace {
+
+bool anyCallInside() {
+    return libraryGate.occupied() ||
+           std::ranges::any_of(deviceTable(), [](const DeviceRecord& record) { return record.gate.occupied(); });
+}
+
+// False: the limit was over first.
+bool allCallsLeft(std::chrono::milliseconds limit) {
+    const platform::TimePoint deadline = platform::systemNow() + limit;
+    const auto left = [&](CallGate& gate) {
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(deadline - platform::systemNow());
+        return gate.waitUntilLeft(0, std::max(rest, std::chrono::milliseconds(0)));
+    };
+    return left(libraryGate) &&
+           std::ranges::all_of(deviceTable(), [&](DeviceRecord& record) { return left(record.gate); });
+}
+
+}  // namespace
+
 void shutDown() {
     // A forked child has none of its parent's threads: nothing of the parent's is its to end.
     if (openedBy != 0 && openedBy != platform::processId()) return;
     libraryGate.close();
-    const bool anyoneInside = libraryGate.occupied();
     for (DeviceRecord& record : deviceTable())
-        beginExclusion(record);
+        record.gate.close();
+    const bool anyoneInside = anyCallInside();
+    for (DeviceRecord& record : deviceTable())
+        wakeCalls(record);
     // A call that the adapter library does not let go cannot be waited for without end.
-    if (libraryGate.waitUntilLeft(0, mutexLimit)) {
+    if (allCallsLeft(mutexLimit)) {
         const platform::LockGuard lock(lifecycleMutex);
         releaseAdapter(false);
     }
