@@ -18,6 +18,15 @@ inline constexpr const char* roundTripPolled = "round trip, polled";
 inline constexpr const char* handOff = "hand-off";
 inline constexpr const char* blockRead = "block read";
 inline constexpr const char* blockCopy = "block copy";
+inline constexpr const char* singleRead = "single read";
+inline constexpr const char* lockAndUnlock = "lock and unlock";
+inline constexpr const char* fullBus = "full bus";
+inline constexpr const char* fullBusBareLoop = "full bus, bare loop";
+inline constexpr const char* arrival = "arrival to readable";
+inline constexpr const char* arrivalBareLoop = "arrival to readable, bare loop";
+inline constexpr const char* receiveCalls = "receive path, calls";
+inline constexpr const char* allocations = "receive path, allocations";
+inline constexpr const char* systemCalls = "receive path, system calls";
 }  // namespace name
 
 inline constexpr std::chrono::microseconds answerDelay(230);
@@ -26,6 +35,8 @@ void registerReceivePath();
 void registerPythonCan();
 void registerRoundTrip();
 void registerBlockRead();
+void registerFullBus();
+void registerReceiveCalls();
 
 // Registers a function that measures itself: it runs `iterations` times a round.
 template <class Function>

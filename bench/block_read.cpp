@@ -87,11 +87,47 @@ void blockCopy(benchmark::State& state) {
     }
 }
 
+// Value by value.
+void singleRead(benchmark::State& state) {
+    const WithoutReceiveThread direct;
+    clearAllBuffers();
+    IterationTimes times(state);
+    for ([[maybe_unused]] auto _ : state) {
+        fillLargeDevice();
+        std::uint32_t read = 0;
+        double value = 0;
+        times.start();
+        for (std::uint32_t i = 0; i < valueCount; ++i) {
+            read += TORVIKread(largeDevice, 1, &value) == 1 ? 1 : 0;
+            benchmark::DoNotOptimize(value);
+        }
+        times.stop();
+        if (read != valueCount || value != scaledValueOf(largeDevice, 0, valueCount - 1)) {
+            return state.SkipWithError("values are missing or out of order");
+        }
+    }
+}
+
+// The mutex of the values, as often.
+void lockAndUnlock(benchmark::State& state) {
+    IterationTimes times(state);
+    for ([[maybe_unused]] auto _ : state) {
+        std::uint32_t locked = 0;
+        times.start();
+        for (std::uint32_t i = 0; i < valueCount; ++i)
+            locked += exclusively(valueMutex, [] {}) ? 1 : 0;
+        times.stop();
+        if (locked != valueCount) return state.SkipWithError("the mutex cannot be locked");
+    }
+}
+
 }  // namespace
 
 void registerBlockRead() {
     registerManual(name::blockRead, blockRead, repetitions);
     registerManual(name::blockCopy, blockCopy, repetitions);
+    registerManual(name::singleRead, singleRead, repetitions);
+    registerManual(name::lockAndUnlock, lockAndUnlock, repetitions);
 }
 
 }  // namespace torvik::bench

@@ -21,6 +21,8 @@ int run(unsigned rounds, bool strict, bool times) {
     registerPythonCan();
     registerRoundTrip();
     registerBlockRead();
+    registerFullBus();
+    registerReceiveCalls();
     Measurements measurements;
     measurements.runRounds(rounds);
     if (times) printTimes(measurements);
