@@ -4,20 +4,17 @@
 #include <cmath>
 #include <limits>
 #include <span>
-#include <string_view>
 #include <utility>
 
 #include "filter/filter_options.h"
+#include "filter/response_file.h"
 #include "filter/simulation.h"
-#include "filter/text_buffer.h"
 #include "platform/floating_point.h"
-#include "platform/text_file.h"
 
 namespace torvik {
 
 namespace {
 
-constexpr std::uint32_t systemErrorMark = 0x31000000;
 constexpr std::int32_t fewestStepPoints = 20;
 constexpr double fixedFullScale = 8388607.0;
 constexpr double silence = -320.0;  // dB
@@ -37,73 +34,6 @@ bool available(const Dfilter& filter, std::uint32_t kind) {
 std::int32_t tapsOf(const Dfilter& filter, std::uint32_t kind) {
     return kind == firKind ? filter.order + 1 : filter.order;
 }
-
-// The words of a heading up to the frequencies, by the design's kind. Kept: "4th order" whatever the order.
-struct Heading {
-    std::uint32_t option;
-    std::string_view words;
-};
-
-constexpr Heading headings[] = {
-    {option::lowPass, " response of IIR low pass 4th order. Cutoff freq: "},
-    {option::highPass, " response of IIR high pass 4th order. Cutoff freq: "},
-    {option::bandPass, " response of IIR band pass 4th order.\nLower cutoff freq: "},
-    {option::bandStop, " response of IIR band stop 4th order.\nLower cutoff freq: "},
-};
-
-// A text file that is written line by line.
-class ResponseFile {
-  public:
-    explicit ResponseFile(const char* fileName) : file_(fileName) {}
-
-    bool opened() const { return file_.opened(); }
-
-    // `response`: "Step" or "Frequency".
-    void writeHeading(std::string_view response, const Dfilter& filter, std::uint32_t kind, double fs) {
-        if (kind == firKind) {
-            line_.text(response).text(" response of FIR low pass ").integer(filter.order);
-            line_.text("th order. Cutoff freq: ").fixed(filter.firCutoff, 3);
-            finishHeading(fs);
-            return;
-        }
-        const auto* const heading = std::ranges::find_if(
-            headings, [&filter](const Heading& row) { return (filter.options & row.option) != 0; });
-        if (heading == std::end(headings)) return;
-        line_.text(response).text(heading->words).fixed(filter.alpha1 * fs, 3);
-        if ((heading->option & option::bandKinds) != 0)
-            line_.text(" Higher cutoff freq: ").fixed(filter.alpha2 * fs, 3);
-        finishHeading(fs);
-    }
-
-    void writeWords(std::string_view words) { file_.write(words); }
-
-    void writeRow(double left, int leftDecimals, double right, int rightDecimals, std::string_view end) {
-        line_.fixed(left, leftDecimals).text("\t").fixed(right, rightDecimals).text(end);
-        flush();
-    }
-
-    // Result: 0 or the code of what the system could not do.
-    std::uint32_t close() {
-        const std::uint32_t systemError = file_.close();
-        return systemError == 0 ? 0 : systemError | systemErrorMark;
-    }
-
-  private:
-    void finishHeading(double fs) {
-        line_.text(" Sampling freq: ").fixed(fs, 1).text("\n");
-        flush();
-    }
-
-    void flush() {
-        file_.write(line_.view());
-        line_.clear();
-    }
-
-    platform::TextFile file_;
-    // The longest double has 309 digits before its point; a line has three of them at most.
-    std::array<char, 1200> buffer_{};
-    TextBuffer line_{buffer_};
-};
 
 double outputOf(const Dfilter& filter, std::size_t n) {
     return filter.floatSimulation ? static_cast<double>(filter.floatSamples[samplesPerRun + n])

@@ -4,8 +4,10 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <utility>
 
 #include "filter/doubled_angle.h"
+#include "filter/sine.h"
 
 namespace torvik {
 
@@ -28,20 +30,38 @@ std::int32_t truncate(double value) {
     return value < Limits::max() ? static_cast<std::int32_t>(value) : Limits::max();
 }
 
-// Right to the last digits also next to a multiple of pi, where that of the Windows run-time is not: at half the
+// Right to the last digit also next to a multiple of pi, where that of the Windows run-time is not: at half the
 // sampling frequency the signal consists of nothing else.
-double sine(double radians) {
+double exactSine(double radians) {
     return onUnitCircle(Doubled(radians) / doubled::pi).imaginary.rounded();
 }
 
-template <class Sample, class Store>
-void generateSine(std::span<Sample, samplesPerRun> input, double fs, double f, Store store) {
+// The phases of a sine, added up.
+std::array<double, samplesPerRun> phasesOf(double fs, double f) {
     const double step = 2.0 * std::numbers::pi * f / fs;
+    std::array<double, samplesPerRun> phases{};
     double phase = 0;
-    for (Sample& sample : input) {
-        sample = store(sine(phase));
+    for (double& entry : phases) {
+        entry = phase;
         phase += step;
     }
+    return phases;
+}
+
+void generateSine(std::span<float, samplesPerRun> input, double fs, double f) {
+    const auto phases = phasesOf(fs, f);
+    if (std::abs(phases.back()) <= farthestSineAngle) {
+        for (std::size_t n = 0; n < samplesPerRun; ++n)
+            input[n] = static_cast<float>(sine(phases[n]));
+    } else {
+        std::ranges::transform(phases, input.begin(),
+                               [](double phase) { return static_cast<float>(exactSine(phase)); });
+    }
+}
+
+void generateSine(std::span<std::int32_t, samplesPerRun> input, double fs, double f) {
+    std::ranges::transform(phasesOf(fs, f), input.begin(),
+                           [](double phase) { return truncate(exactSine(phase) * sineAmplitude); });
 }
 
 // Kept: the levels of the step are ignored.
@@ -50,7 +70,7 @@ void generateFloat(Dfilter& filter, TestSignal signal, double fs, double f) {
     if (signal == TestSignal::step) {
         std::ranges::fill(input, 1.0F);
     } else {
-        generateSine(input, fs, f, [](double value) { return static_cast<float>(value); });
+        generateSine(input, fs, f);
     }
 }
 
@@ -60,32 +80,58 @@ void generateFixed(Dfilter& filter, TestSignal signal, double fs, double f) {
         std::ranges::fill(input.first<stepPlace>(), truncate(filter.stepLevelBefore * fullScale));
         std::ranges::fill(input.subspan<stepPlace>(), truncate(filter.stepLevelAfter * fullScale));
     } else {
-        generateSine(input, fs, f, [](double value) { return truncate(value * sineAmplitude); });
+        generateSine(input, fs, f);
     }
 }
 
-// The histories lie in front of the samples, so that the newest of a run of taps + 1 is the present one.
-void runFloat(Dfilter& filter, std::size_t taps) {
-    const double gain = std::abs(referenceGain(filter));
+struct FloatRun {
     std::array<float, maxPoleZero + 1> x{};
     std::array<float, maxPoleZero + 1> y{};
-    for (std::size_t k = 0; k <= taps; ++k)
-        x[k] = static_cast<float>(filter.rawX[k] / gain);
-    for (std::size_t k = 0; k < taps; ++k)
-        y[k] = static_cast<float>(filter.rawY[k]);
+    // The histories lie in front of the samples, so that the newest of a run of taps + 1 is the present one.
     std::array<float, maxPoleZero + samplesPerRun> inputs{};
     std::array<float, maxPoleZero + samplesPerRun> outputs{};
-    const auto samples = std::span(filter.floatSamples);
-    std::ranges::copy(samples.first<samplesPerRun>(), inputs.begin() + static_cast<std::ptrdiff_t>(taps));
+};
+
+void runTaps(FloatRun& run, std::size_t taps) {
     for (std::size_t n = 0; n < samplesPerRun; ++n) {
         float out = 0;
         for (std::size_t k = 0; k <= taps; ++k)
-            out += inputs[n + k] * x[k];
+            out += run.inputs[n + k] * run.x[k];
         for (std::size_t k = 0; k < taps; ++k)
-            out += outputs[n + k] * y[k];
-        outputs[n + taps] = out;
-        samples[samplesPerRun + n] = out;
+            out += run.outputs[n + k] * run.y[k];
+        run.outputs[n + taps] = out;
     }
+}
+
+// The same sums in the same order, written out for one number of taps: in half the time.
+template <std::size_t... X, std::size_t... Y>
+void runTaps(FloatRun& run, std::index_sequence<X...>, std::index_sequence<Y...>) {
+    const std::array x = {run.x[X]...};
+    const std::array y = {run.y[Y]...};
+    for (std::size_t n = 0; n < samplesPerRun; ++n) {
+        float out = 0;
+        ((out += run.inputs[n + X] * x[X]), ...);
+        ((out += run.outputs[n + Y] * y[Y]), ...);
+        run.outputs[n + sizeof...(Y)] = out;
+    }
+}
+
+void runFloat(Dfilter& filter, std::size_t taps) {
+    constexpr std::size_t tapsOfDevices = 4;
+    const double gain = std::abs(referenceGain(filter));
+    FloatRun run;
+    for (std::size_t k = 0; k <= taps; ++k)
+        run.x[k] = static_cast<float>(filter.rawX[k] / gain);
+    for (std::size_t k = 0; k < taps; ++k)
+        run.y[k] = static_cast<float>(filter.rawY[k]);
+    const auto samples = std::span(filter.floatSamples);
+    std::ranges::copy(samples.first<samplesPerRun>(), run.inputs.begin() + static_cast<std::ptrdiff_t>(taps));
+    if (taps == tapsOfDevices) {
+        runTaps(run, std::make_index_sequence<tapsOfDevices + 1>(), std::make_index_sequence<tapsOfDevices>());
+    } else {
+        runTaps(run, taps);
+    }
+    std::ranges::copy(std::span(run.outputs).subspan(taps, samplesPerRun), samples.begin() + samplesPerRun);
 }
 
 // One product of the device's arithmetic: both numbers have 24 fraction bits, eight of which are kept.
