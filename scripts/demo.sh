@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the library and the tool, and shows a simulated six-channel amplifier measuring, and what a digital filter does
-# to the noise of another one: demo.sh [SECONDS]
+# Builds the library and the tool, and shows a simulated six-channel amplifier measuring, what a digital filter does to
+# the noise of another one, and what a calibration makes of a six-axis sensor's signals: demo.sh [SECONDS]
 # No hardware and no configuration are needed. What it writes stands in build/demo/.
 set -eu
 . "$(dirname "$0")/lib.sh"
@@ -41,6 +41,14 @@ say "its step and frequency response: torvik filter plot low-pass.png ${low_pass
 
 say "loaded into an amplifier with noise: torvik filter load 1 ${low_pass[*]} --noise 2 --simulate examples/benches/noise.toml"
 "$torvik" filter load 1 "${low_pass[@]}" --noise 2 --simulate "$root/examples/benches/noise.toml"
+
+calibration=$root/examples/calibration/version4-matrix-b.ini
+say "a calibration file, checked: torvik calibration check examples/calibration/version4-matrix-b.ini"
+"$torvik" calibration check "$calibration"
+
+say "loaded into the amplifier of a six-axis sensor: torvik calibration load ... --slot 1 --values 1 --simulate examples/benches/six-axis.toml"
+echo "(the mean values of the stream: first the signals of the bridges, then forces and torques)"
+"$torvik" calibration load "$calibration" --slot 1 --values 1 --simulate "$root/examples/benches/six-axis.toml"
 
 say "done: the amplifiers are released"
 echo "written: $values, $(($(wc -l <"$values") - 1)) sets of values"

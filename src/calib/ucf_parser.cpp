@@ -23,10 +23,6 @@ std::string_view withoutLeading(std::string_view text, std::string_view characte
     return text;
 }
 
-bool isComment(std::string_view line) {
-    return line.empty() || std::string_view("\r\n #;").find(line.front()) != std::string_view::npos;
-}
-
 bool isHeaderOf(std::string_view line, std::string_view section) {
     return line.size() >= section.size() + 2 && line.front() == '[' && line.substr(1).starts_with(section) &&
            line[section.size() + 1] == ']';
@@ -58,6 +54,10 @@ std::optional<std::string_view> LineReader::next() {
     rest_ = withoutLeading(rest_.substr(line.size()), whiteSpace);
     if (line.ends_with('\r')) line.remove_suffix(1);
     return line.substr(0, line.find('\0'));
+}
+
+bool isComment(std::string_view line) {
+    return line.empty() || std::string_view("\r\n #;").find(line.front()) != std::string_view::npos;
 }
 
 bool isCut(std::string_view text, std::string_view line) {

@@ -23,6 +23,9 @@ class LineReader {
     std::string_view rest_;
 };
 
+// Whether a line is to be passed over.
+bool isComment(std::string_view line);
+
 // Whether a line that was read from the text goes on behind its 127 characters, as the next line.
 bool isCut(std::string_view text, std::string_view line);
 

@@ -9,6 +9,7 @@ CHANGED = """
 [device]
 sampling-frequency = 62.5
 analogue-filter = 3
+filters-on = 0x8101
 transmitted-channels = 2
 
 [channel.1]
@@ -58,7 +59,7 @@ class Save(ConfigTest):
         self.assert_ended(result, SUCCESS)
         self.assertEqual(result.stdout, "")
         text = self.read()
-        for line in ("[device]", "sampling-frequency = 100.0", "[channel.1]", "input-range = 10.0", 'unit = "mV/V"',
+        for line in ("[device]", "sampling-frequency = 100.0", "filters-on = 0x0", "[channel.1]", "input-range = 10.0", 'unit = "mV/V"',
                      "[channel.2]", "output-type = 0x0", "[transmit-mapping]", '"2.15" = 0'):
             self.assertIn(f"\n{line}\n", text)
         self.assertNotIn("[channel.3]", text)
@@ -91,7 +92,7 @@ class Load(ConfigTest):
         result = self.config("load")
         self.assert_ended(result, SUCCESS)
         self.assertEqual(result.stdout, "")
-        self.assertIn("16 of 17 settings written, all read back: 0 differ", result.stderr)
+        self.assertIn("17 of 18 settings written, all read back: 0 differ", result.stderr)
 
     def test_writes_nothing_that_the_device_holds_already(self):
         self.config("save")
@@ -152,6 +153,12 @@ class Diff(ConfigTest):
         result = self.config("diff")
         self.assert_ended(result, SUCCESS)
         self.assertEqual((result.stdout, result.stderr), ("", ""))
+
+    def test_tells_other_filters_that_are_on(self):
+        self.write("[device]\nfilters-on = 0x81\n")
+        result = self.config("diff")
+        self.assert_ended(result, DIFFERS)
+        self.assertEqual(result.stdout, "filters-on: 0x81 in the file, 0x0 in the device\n")
 
     def test_tells_what_differs_and_changes_nothing(self):
         self.write('[device]\nanalogue-filter = 3\n[channel.2]\nuser-scale = 2.0\nunit = "kN"\n')

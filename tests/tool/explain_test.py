@@ -95,7 +95,8 @@ class Usage(ToolTest):
         self.assert_refused("stream", "--seconds", "1,5", says="--seconds")
 
     def test_help_goes_to_standard_output_and_tells_the_exit_codes(self):
-        for arguments in (["--help"], ["stream", "--help"]):
+        for arguments in (["--help"], ["stream", "--help"], ["config", "load", "--help"],
+                          ["settings", "load", "--help"]):
             result = run(*arguments)
             self.assert_ended(result, SUCCESS)
             self.assertIn("130  interrupted", result.stdout)

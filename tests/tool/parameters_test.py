@@ -121,7 +121,8 @@ class Set(ParameterTest):
         for words in (("serial-number", "123456"), ("transmit-mode", "1", "0x8001"), ("zero-signal", "2", "-5"),
                       ("user-offset", "3", "-1.5e-3"), ("user-scale", "1", "0.1"), ("noise-cut", "6", "0.25"),
                       ("unit", "1", "kN"), ("unit", "7", "user2"), ("user-text", "2", "abcdefg"),
-                      ("output-scale", "1", "3"), ("analogue-filter", "65535"), ("counter-setting", "2.15", "4294967295"),
+                      ("output-scale", "1", "3"), ("analogue-filter", "65535"), ("filters-on", "0xFFFF"),
+                      ("filters-on", "0x8102"), ("counter-setting", "2.15", "4294967295"),
                       ("transmitted-channels", "3"), ("can-setting", "5", "0xFFFFFFFF"), ("calibration", "0.7", "0.1"),
                       ("calibration", "8.0", "-2147483648")):
             with self.subTest(words=words):

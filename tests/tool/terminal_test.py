@@ -1,5 +1,6 @@
 """torvik stream on a terminal (Linux): the live table, its end, and that the device is released on every way out."""
 import os
+import pathlib
 import pty
 import re
 import signal
@@ -114,6 +115,34 @@ class LiveTable(ToolTest):
             text = self.terminal.read_to_end()
         self.assertEqual(len(text.splitlines()), 3)
         self.assertNotIn("\x1b", text)
+
+
+class ProgressBar(ToolTest):
+    """A slow bus: at 20 kbit/s a command and its answer take some 13 ms."""
+
+    def load(self):
+        terminal = Terminal()
+        self.addCleanup(terminal.close)
+        file = pathlib.Path(__file__).resolve().parents[2] / "examples" / "calibration" / "version4-matrix-b.ini"
+        bench = self.bench("[bus]\ntiming = true\n[[amplifier]]\ncalibrated = true\nfrequency = 5\n")
+        with terminal.start("calibration", "load", str(file), "--slot", "1", "--baud", "20000", "--simulate",
+                            bench) as process:
+            text = terminal.read_to_end()
+            self.assertEqual(process.wait(60), SUCCESS)
+        return text
+
+    def test_moves_with_the_answers_of_the_device_and_is_full_at_the_end(self):
+        text = self.load()
+        counts = [int(count) for count in re.findall(r"writing +\[#*\.+\] (\d+) of about \d+ answers", text)]
+        self.assertGreater(len(counts), 5)
+        self.assertEqual(counts, sorted(counts))
+        self.assertLess(counts[0], counts[-1])
+        [[done, full]] = re.findall(r"writing +\[(#{30})\] (\d+) answers", text)
+        self.assertGreaterEqual(int(full), counts[-1])
+        [expected] = set(re.findall(r"writing .* of about (\d+) answers", text))
+        self.assertAlmostEqual(int(full), int(expected), delta=4)
+        self.assertRegex(text, r"reading back +\[#{30}\] \d+ answers")
+        self.assertIn("nothing differs", text)
 
 
 @unittest.skipIf("RELEASE_WITNESS_LIBRARY" not in os.environ, "nothing can be preloaded into this build")

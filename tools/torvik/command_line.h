@@ -46,5 +46,6 @@ void addUnitsCommand(CommandLine& commandLine);
 void addSettingsCommand(CommandLine& commandLine);
 void addConfigCommand(CommandLine& commandLine);
 void addFilterCommand(CommandLine& commandLine);
+void addCalibrationCommand(CommandLine& commandLine);
 
 }  // namespace torvik::tool

@@ -15,6 +15,7 @@ enum class ExitCode : int {
     outputFailed = 6,
     differs = 7,
     notDrawn = 8,
+    fileProblems = 9,
     interrupted = 130,
 };
 
@@ -28,8 +29,10 @@ inline constexpr std::string_view exitCodeHelp =
     "  5    failure while streaming\n"
     "  6    the output could not be written\n"
     "  7    set, config load: the device reads back another value; config diff: something differs;\n"
-    "       filter load, on, off: the device reads back another filter\n"
+    "       filter load, on, off: the device reads back another filter;\n"
+    "       calibration load: the device reads back other values; calibration compare: something differs\n"
     "  8    filter plot: gnuplot is not installed, or could not draw\n"
+    "  9    calibration check, load, compare: the calibration file would be refused\n"
     "  130  interrupted (Ctrl-C, or asked to end); the device has been released";
 
 }  // namespace torvik::tool

@@ -13,6 +13,13 @@ namespace torvik::tool {
 
 namespace {
 
+/// Tells the exit codes below the help of a command and of its verbs.
+void addExitCodes(CLI::App& command) {
+    command.footer(std::string(exitCodeHelp));
+    for (CLI::App* const verb : command.get_subcommands({}))
+        addExitCodes(*verb);
+}
+
 void setUpParser(CommandLine& commandLine) {
     CLI::App& app = commandLine.app;
     app.description("Operates VARDA amplifiers on a CAN bus through the TORVIK library.");
@@ -37,9 +44,8 @@ void setUpParser(CommandLine& commandLine) {
     addSettingsCommand(commandLine);
     addConfigCommand(commandLine);
     addFilterCommand(commandLine);
-    app.footer(std::string(exitCodeHelp));
-    for (CLI::App* const command : app.get_subcommands({}))
-        command->footer(std::string(exitCodeHelp));
+    addCalibrationCommand(commandLine);
+    addExitCodes(app);
 }
 
 /// Help and version go to standard output as data; a wrong use is told on standard error.

@@ -4,26 +4,12 @@
 #include <iterator>
 #include <optional>
 
+#include "json_text.h"
 #include "show_page.h"
 
 namespace torvik::tool {
 
 namespace {
-
-std::string quotedJson(std::string_view text) {
-    std::string quoted = "\"";
-    for (const char character : text) {
-        if (character == '"' || character == '\\') {
-            quoted += '\\';
-            quoted += character;
-        } else if (static_cast<unsigned char>(character) < 0x20) {
-            fmt::format_to(std::back_inserter(quoted), "\\u{:04x}", static_cast<unsigned char>(character));
-        } else {
-            quoted += character;
-        }
-    }
-    return quoted + "\"";
-}
 
 /// Words are plain numbers here; numbers that JSON has no form for are texts.
 std::string jsonValue(ValueKind kind, const Value& value) {

@@ -38,6 +38,31 @@ WriteResult writeAnalogueFilter(std::int32_t deviceNo, Place, const Value& value
     return WriteResult::done;
 }
 
+std::uint32_t readFilterMask(std::int32_t deviceNo) {
+    std::uint32_t mask = 0;
+    callLibrary(deviceNo, [&] { return TORVIKgetDfilterOnOff(deviceNo, &mask); });
+    return mask;
+}
+
+std::optional<Value> readFiltersOn(std::int32_t deviceNo, Place) {
+    return Value(std::int64_t{readFilterMask(deviceNo)});
+}
+
+/// The library switches one filter at a time, or a bank: only what differs is switched.
+WriteResult writeFiltersOn(std::int32_t deviceNo, Place, const Value& value) {
+    constexpr std::uint32_t filtersOfBank = 8;
+    constexpr std::int32_t firBank = 0x80;
+    const auto wanted = wholeOf<std::uint32_t>(value);
+    const std::uint32_t differing = wanted ^ readFilterMask(deviceNo);
+    for (std::uint32_t bit = 0; bit < 2 * filtersOfBank; ++bit) {
+        if ((differing >> bit & 1U) == 0) continue;
+        const std::int32_t bank = bit < filtersOfBank ? 0 : firBank;
+        const std::int32_t on = (wanted >> bit & 1U) != 0 ? 1 : 0;
+        callLibrary(deviceNo, [&] { return TORVIKsetDfilterOnOff(deviceNo, bit % filtersOfBank + 1, bank, on); });
+    }
+    return WriteResult::done;
+}
+
 std::optional<Value> readCounterSetting(std::int32_t deviceNo, Place place) {
     std::uint32_t setting = 0;
     callLibrary(deviceNo, [&] {
@@ -88,6 +113,16 @@ constexpr Parameter rateRows[] = {
      .limits = upTo16Bits,
      .read = readDeviceNumber<TORVIKreadAnalogueFilter>,
      .write = writeAnalogueFilter,
+     .inConfiguration = InConfiguration::yes},
+    {.name = "filters-on",
+     .group = Group::rate,
+     .text = "digital filters that are on: bits 0..7 the IIR filters 1..8, bits 8..15 the FIR filters",
+     .unit = "",
+     .places = onePlace,
+     .kind = ValueKind::word,
+     .limits = upTo16Bits,
+     .read = readFiltersOn,
+     .write = writeFiltersOn,
      .inConfiguration = InConfiguration::yes},
     {.name = "counter-setting",
      .group = Group::rate,
