@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# Runs the proofs at full size, one after the other; what each has shown stands in docs/proof.md. Takes hours.
+#
+#   scripts/prove.sh [--list] [--no-install] [NAME...]
+#
+# NAME: only these. --list names them with their commands. Logs go to build/logs/prove-NAME.log.
+set -u -o pipefail
+. "$(dirname "$0")/lib.sh"
+
+# One line for each proof: proof NAME PRESET TARGETS COMMAND...; built with the preset, run in its build folder.
+all_proofs() {
+    proof full-bus linux full_bus tests/proof/frames/full_bus --frames 5450000000
+    proof hostile-frames-asan asan hostile_frames tests/proof/frames/hostile_frames --frames 1000000000 --seed 1
+    proof hostile-frames-tsan tsan hostile_frames without_randomised_addresses \
+        tests/proof/frames/hostile_frames --frames 100000000 --seed 2
+}
+
+only=() list=no install=yes
+while [ $# -gt 0 ]; do
+    case $1 in
+        --list) list=yes ;;
+        --no-install) install=no ;;
+        -h | --help) sed -n '2,/^set/{/^set/d;s/^# \{0,1\}//;p}' "$0"; exit 0 ;;
+        -*) sed -n '2,/^set/{/^set/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2 ;;
+        *) only+=("$1") ;;
+    esac
+    shift
+done
+
+logs=$root/build/logs
+passed=0 failed=() known=()
+export ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1
+export UBSAN_OPTIONS=print_stacktrace=1
+export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+
+# The thread sanitizer's memory map does not stand the largest address randomisation.
+without_randomised_addresses() {
+    if setarch -R true 2>/dev/null; then setarch -R "$@"; else "$@"; fi
+}
+
+proof() {
+    local name=$1 preset=$2 targets=$3 log=$logs/prove-$1.log began=$SECONDS
+    shift 3
+    known+=("$name")
+    [ ${#only[@]} -eq 0 ] || [[ " ${only[*]} " == *" $name "* ]] || return 0
+    if [ "$list" = yes ]; then
+        printf '%-22s %s\n' "$name" "$*"
+        return 0
+    fi
+    say "$name: $*"
+    # shellcheck disable=SC2086
+    if build "$preset" $targets >"$log" 2>&1 && (cd "$root/build/$preset" && "$@") 2>&1 | tee -a "$log"; then
+        passed=$((passed + 1))
+    else
+        failed+=("$name")
+        echo "-- failed: $name; see $log"
+    fi
+    echo "$((SECONDS - began)) s"
+}
+
+mkdir -p "$logs"
+if [ "$list" = no ] && [ "$install" = yes ]; then
+    install_missing "${packages_to_build[@]}" "${packages_to_test[@]}" || exit 1
+fi
+all_proofs
+for name in "${only[@]}"; do
+    [[ " ${known[*]} " == *" $name "* ]] || { echo "no such proof: $name" >&2; exit 2; }
+done
+[ "$list" = yes ] && exit 0
+[ ${#failed[@]} -eq 0 ] || printf 'FAILED: %s\n' "${failed[@]}"
+echo "$passed proved, ${#failed[@]} failed"
+[ ${#failed[@]} -eq 0 ]
