@@ -120,19 +120,21 @@ class LiveTable(ToolTest):
 class ProgressBar(ToolTest):
     """A slow bus: at 20 kbit/s a command and its answer take some 13 ms."""
 
-    def load(self):
-        terminal = Terminal()
-        self.addCleanup(terminal.close)
+    def setUp(self):
+        super().setUp()
+        self.terminal = Terminal()
+        self.addCleanup(self.terminal.close)
+
+    def loading(self):
         file = pathlib.Path(__file__).resolve().parents[2] / "examples" / "calibration" / "version4-matrix-b.ini"
         bench = self.bench("[bus]\ntiming = true\n[[amplifier]]\ncalibrated = true\nfrequency = 5\n")
-        with terminal.start("calibration", "load", str(file), "--slot", "1", "--baud", "20000", "--simulate",
-                            bench) as process:
-            text = terminal.read_to_end()
-            self.assertEqual(process.wait(60), SUCCESS)
-        return text
+        return self.terminal.start("calibration", "load", str(file), "--slot", "1", "--baud", "20000", "--simulate",
+                                   bench)
 
     def test_moves_with_the_answers_of_the_device_and_is_full_at_the_end(self):
-        text = self.load()
+        with self.loading() as process:
+            text = self.terminal.read_to_end()
+            self.assertEqual(process.wait(60), SUCCESS)
         counts = [int(count) for count in re.findall(r"writing +\[#*\.+\] (\d+) of about \d+ answers", text)]
         self.assertGreater(len(counts), 5)
         self.assertEqual(counts, sorted(counts))
@@ -143,6 +145,19 @@ class ProgressBar(ToolTest):
         self.assertAlmostEqual(int(full), int(expected), delta=4)
         self.assertRegex(text, r"reading back +\[#{30}\] \d+ answers")
         self.assertIn("nothing differs", text)
+
+    def test_ctrl_c_waits_for_the_end_of_the_writing(self):
+        with self.loading() as process:
+            seen = b""
+            while b"of about" not in seen:
+                seen += os.read(self.terminal.master, 65536)
+            self.terminal.press_ctrl_c()
+            text = self.terminal.read_to_end()
+            self.assertEqual(process.wait(60), INTERRUPTED)
+        self.assertIn("waiting until this is complete", text)
+        self.assertIn("written to slot 1", text)
+        self.assertIn("the calibration was written, but not read back", text)
+        self.assertNotIn("nothing differs", text)
 
 
 @unittest.skipIf("RELEASE_WITNESS_LIBRARY" not in os.environ, "nothing can be preloaded into this build")

@@ -58,7 +58,8 @@ std::int32_t Progress::run(std::string_view what, std::size_t expected, const st
     bool told = false;
     while (result.wait_for(redrawInterval) != std::future_status::ready) {
         if (session_.interruption.requested() && !told) {
-            printMessage("\ntorvik: the end is requested: waiting until this is complete\n");
+            printMessage(
+                fmt::format("{}torvik: the end is requested: waiting until this is complete\n", shown ? "\n" : ""));
             told = true;
         }
         draw(false);
