@@ -16,7 +16,7 @@ esac
 install_missing "${packages_to_build[@]}" "${packages_to_test[@]}"
 mkdir -p "$directory"
 say "building (the log is $directory/bench-build.log)"
-if ! build linux torvik_bench TORVIK virtual_adapter >"$directory/bench-build.log" 2>&1; then
+if ! build linux torvik_bench filter_times TORVIK virtual_adapter >"$directory/bench-build.log" 2>&1; then
     tail -n 40 "$directory/bench-build.log"
     echo "The build failed." >&2
     exit 1
@@ -25,5 +25,6 @@ say "measuring"
 code=0
 "$directory/bench/torvik_bench" "$@" || code=$?
 "$python" "$root/bench/bus_time.py" "$directory" || code=1
+"$python" "$root/bench/filter_speed.py" "$directory" || code=1
 echo "load of the machine (1, 5, 15 minutes): $(cut -d' ' -f1-3 /proc/loadavg) on $(nproc) processors; see docs/benchmarks.md"
 exit "$code"

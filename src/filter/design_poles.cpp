@@ -52,13 +52,17 @@ constexpr BesselPole besselPoles[] = {
     {-0.865756901707, 2.29260483098},
 };
 
-// Each candidate of the Butterworth prototype by order: order n begins at index n * (n - 1).
+// Each candidate of the Butterworth prototype by order: order n begins at index n * (n - 1). Those above and below the
+// real axis are exactly conjugate.
 constexpr auto butterworthCandidates = [] {
     std::array<DoubledComplex, static_cast<std::size_t>(highestOrder * (highestOrder + 1))> candidates{};
     std::size_t index = 0;
     for (std::int32_t order = 1; order <= highestOrder; ++order) {
-        for (std::int32_t i = 0; i < 2 * order; ++i)
-            candidates[index++] = doubled::pointBySeries(Doubled(order % 2 != 0 ? i : i + 0.5) / order - 1.0) * -1.0;
+        for (std::int32_t i = 0; i < 2 * order; ++i) {
+            const double fromLeft = (order % 2 != 0 ? i : i + 0.5) - order;
+            const DoubledComplex opposite = onUnitCircle(Doubled(fromLeft < 0 ? -fromLeft : fromLeft) / order);
+            candidates[index++] = fromLeft < 0 ? conjugate(-opposite) : -opposite;
+        }
     }
     return candidates;
 }();

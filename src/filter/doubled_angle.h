@@ -11,9 +11,9 @@ namespace torvik {
 
 namespace doubled {
 
-// The point of the unit circle at an angle from -1 to 1, by the power series of the exponential function.
+// The point of the unit circle at an angle from 0 to 1/2, by the power series of the exponential function.
 constexpr DoubledComplex pointBySeries(Doubled halfTurns) {
-    constexpr int terms = 40;
+    constexpr int terms = 32;
     const DoubledComplex angle(0.0, pi * halfTurns);
     DoubledComplex term = 1.0;
     DoubledComplex sum = 1.0;
@@ -35,7 +35,7 @@ inline constexpr std::array<DoubledComplex, pointsPerRightAngle> firstQuadrant =
 
 // Of an angle up to half of a 32nd of a right angle. The end of the series needs no more than doubles: with them the
 // result has 24 right digits.
-inline DoubledComplex pointCloseToOne(Doubled halfTurns) {
+constexpr DoubledComplex pointCloseToOne(Doubled halfTurns) {
     constexpr Doubled sixth{1.0 / 6, 9.25185853854297066e-18};
     constexpr Doubled twentyFourth{1.0 / 24, 2.31296463463574266e-18};
     const Doubled angle = pi * halfTurns;
@@ -50,10 +50,10 @@ inline DoubledComplex pointCloseToOne(Doubled halfTurns) {
 }  // namespace doubled
 
 // The point of the unit circle at an angle; NaN for an infinite one.
-inline DoubledComplex onUnitCircle(Doubled halfTurns) {
+constexpr DoubledComplex onUnitCircle(Doubled halfTurns) {
     using doubled::pointsPerRightAngle;
     Doubled turn = halfTurns;
-    if (!(std::abs(turn.high) <= 2.0)) {
+    if (!(turn.high >= -2.0 && turn.high <= 2.0)) {
         turn = Doubled(std::remainder(turn.high, 2.0)) + std::remainder(turn.low, 2.0);
         if (std::isnan(turn.high)) return {turn, turn};
     }

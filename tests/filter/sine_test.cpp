@@ -23,7 +23,7 @@ void expectExact(double angle) {
 }
 
 TEST(Sine, IsRightToAlmostTheLastDigitOfADouble) {
-    for (double angle = -40; angle < 40; angle += 0.000719)
+    for (double angle = -40; angle < 40; angle += 0.00719)
         expectExact(angle);
 }
 
