@@ -1,7 +1,6 @@
 #include "faults/failing_services.h"
 
 #include <atomic>
-#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -9,6 +8,7 @@
 #include <string_view>
 
 #include "core/library_state.h"
+#include "faults/system_holdings.h"
 #include "platform/faults.h"
 
 namespace torvik::test {
@@ -114,9 +114,9 @@ void release(void* block) {
     std::free(header);
 }
 
-bool failsWithSystemError(Service service, const char* name) {
-    if (!serviceFails(service, name)) return false;
-    errno = failure.systemError;
+bool fileFails(const char* name) {
+    if (!serviceFails(Service::file, name)) return false;
+    setFileError(failure.systemError);
     return true;
 }
 
@@ -164,7 +164,7 @@ static thread_local std::FILE* fileWithFailedRead = nullptr;
 
 std::FILE* __wrap_fopen(const char* name, const char* mode) {
     using namespace torvik::test;
-    if (failsWithSystemError(Service::file, "fopen")) return nullptr;
+    if (fileFails("fopen")) return nullptr;
     std::FILE* const file = __real_fopen(name, mode);
     if (file != nullptr) ++files;
     return file;
@@ -172,14 +172,14 @@ std::FILE* __wrap_fopen(const char* name, const char* mode) {
 
 std::size_t __wrap_fread(void* data, std::size_t size, std::size_t count, std::FILE* file) {
     using namespace torvik::test;
-    if (!failsWithSystemError(Service::file, "fread")) return __real_fread(data, size, count, file);
+    if (!fileFails("fread")) return __real_fread(data, size, count, file);
     fileWithFailedRead = file;
     return 0;
 }
 
 std::size_t __wrap_fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* file) {
     using namespace torvik::test;
-    return failsWithSystemError(Service::file, "fwrite") ? 0 : __real_fwrite(data, size, count, file);
+    return fileFails("fwrite") ? 0 : __real_fwrite(data, size, count, file);
 }
 
 // Closes the file all the same, as the system does.
@@ -188,7 +188,7 @@ int __wrap_fclose(std::FILE* file) {
     --files;
     if (fileWithFailedRead == file) fileWithFailedRead = nullptr;
     const int result = __real_fclose(file);
-    return failsWithSystemError(Service::file, "fclose") ? EOF : result;
+    return fileFails("fclose") ? EOF : result;
 }
 
 int __wrap_ferror(std::FILE* file) {

@@ -1,11 +1,10 @@
 #include "faults/sweep_bench.h"
 
-#include <filesystem>
 #include <iostream>
 #include <map>
-#include <system_error>
 
 #include "TORVIK.h"
+#include "faults/system_holdings.h"
 
 namespace torvik::test {
 
@@ -32,17 +31,6 @@ class CountsPrinted final : public testing::Environment {
 };
 const testing::Environment* const environment = testing::AddGlobalTestEnvironment(new CountsPrinted);
 
-// 0 where the system has no such folder.
-std::int64_t entriesOf(const char* folder) {
-    std::error_code none;
-    std::int64_t count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, none)) {
-        static_cast<void>(entry);
-        ++count;
-    }
-    return count;
-}
-
 }  // namespace
 
 void countCase(const std::string& service) {
@@ -53,22 +41,30 @@ Holdings Holdings::now() {
     Holdings holdings;
     holdings.blocks = liveBlocks();
     holdings.files = openFiles();
-    holdings.descriptors = entriesOf("/proc/self/fd");
-    holdings.threads = entriesOf("/proc/self/task");
+    holdings.handles = systemHandles();
+    holdings.threads = runningThreads();
     return holdings;
 }
 
+bool Holdings::within(const Holdings& before) const {
+    return blocks == before.blocks && files == before.files && handles <= before.handles && threads <= before.threads;
+}
+
 void PrintTo(const Holdings& holdings, std::ostream* out) {
-    *out << holdings.blocks << " blocks, " << holdings.files << " files, " << holdings.descriptors << " descriptors, "
+    *out << holdings.blocks << " blocks, " << holdings.files << " files, " << holdings.handles << " handles, "
          << holdings.threads << " threads";
 }
 
 // A thread that has been joined can be seen for a moment longer.
 void SweepBench::expectClosed() const {
     const platform::TimePoint limit = platform::systemNow() + std::chrono::seconds(2);
-    while (Holdings::now() != closed_ && platform::systemNow() < limit)
+    Holdings holdings = Holdings::now();
+    while (!holdings.within(closed_) && platform::systemNow() < limit) {
         std::this_thread::yield();
-    EXPECT_EQ(Holdings::now(), closed_);
+        holdings = Holdings::now();
+    }
+    EXPECT_TRUE(holdings.within(closed_))
+        << testing::PrintToString(holdings) << "; before " << testing::PrintToString(closed_);
 }
 
 void SweepBench::SetUp() {
