@@ -13,6 +13,8 @@ all_proofs() {
     proof hostile-frames-asan asan hostile_frames tests/proof/frames/hostile_frames --frames 1000000000 --seed 1
     proof hostile-frames-tsan tsan hostile_frames without_randomised_addresses \
         tests/proof/frames/hostile_frames --frames 100000000 --seed 2
+    proof every-fault linux every_fault_test over_seeds 100 tests/faults/every_fault_test --gtest_brief=1
+    proof failure-sweep linux failure_sweep_test tests/faults/failure_sweep_test --gtest_brief=1
 }
 
 only=() list=no install=yes
@@ -36,6 +38,15 @@ export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
 # The thread sanitizer's memory map does not stand the largest address randomisation.
 without_randomised_addresses() {
     if setarch -R true 2>/dev/null; then setarch -R "$@"; else "$@"; fi
+}
+
+# over_seeds LAST COMMAND...: with the seeds 1..LAST, until one fails.
+over_seeds() {
+    local last=$1 seed
+    shift
+    for seed in $(seq "$last"); do
+        TORVIK_FAULT_SEED=$seed "$@" || return 1
+    done
 }
 
 proof() {
