@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <span>
 
 #include "api/TORVIKstatistics.h"
 #include "api/device_call.h"

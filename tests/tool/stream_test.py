@@ -3,8 +3,8 @@ import signal
 import time
 import unittest
 
-from tool_runner import (INTERRUPTED, ON_WINDOWS, OUTPUT_FAILED, STREAM_FAILED, SUCCESS, ToolTest, environment, main,
-                         only_linux, rows, run, started, values)
+from tool_runner import (INTERRUPTED, ON_WINDOWS, OUTPUT_FAILED, STREAM_FAILED, SUCCESS, VALUES_LOST, ToolTest,
+                         environment, main, only_linux, rows, run, started, values)
 
 CONSTANT = """
 [[amplifier]]
@@ -32,7 +32,7 @@ class Csv(ToolTest):
             self.assertEqual(lines[0], "set,seconds," + ",".join(f"channel{n}" for n in range(1, 7)))
             self.assertEqual(len(lines), 1 + count)
             self.assertEqual([row[0] for row in rows(result.stdout)], list(range(1, count + 1)))
-            self.assertEqual(result.stderr, "")
+            self.assertEqual(result.stderr, f"torvik: {count} sets, nothing lost\n")
 
     def test_values_stand_in_the_columns_of_their_channels(self):
         result = run("stream", "--simulate", self.bench(CONSTANT), "--count", "20")
@@ -108,7 +108,9 @@ class Faults(ToolTest):
                      "--count", "20000") as process:
             time.sleep(2)
             output, errors = process.communicate(timeout=60)
+            self.assertEqual(process.returncode, VALUES_LOST)
         self.assertIn(b"values lost", errors)
+        self.assertRegex(errors.decode(), "torvik: 20000 sets, but there are losses\n  output: +[0-9]+ values gone")
         numbers = [row[0] for row in rows(output.decode())]
         self.assertEqual(numbers, list(range(1, len(numbers) + 1)))
 
@@ -141,7 +143,7 @@ class Interruption(ToolTest):
             text = (head + rest).decode()
             self.assertTrue(text.endswith("\n"))
             self.assertEqual({len(row) for row in rows(text)}, {8})
-            self.assertEqual(errors, b"")
+            self.assertRegex(errors.decode(), "^torvik: [0-9]+ sets, nothing lost\r?\n$")
 
     @unittest.skipIf(ON_WINDOWS, "Wine does not take back a write into a pipe that nobody reads")
     def test_ctrl_c_ends_the_tool_when_nobody_takes_its_output(self):

@@ -84,7 +84,8 @@ class LiveTable(ToolTest):
         for channel in range(1, 7):
             self.assertRegex(screen[1 + channel], rf"^ +{channel}( +[+-][0-9.e+-]+){{4}}  [.#]+\|[.#]+$")
         self.assertRegex(screen[8], r"^\d+ sets/s, \d+ values/s \| \d+ sets in 1\.5 s \| buffer \d+ of 65534")
-        self.assertEqual([line for line in screen[9:] if line], [])
+        self.assertRegex(screen[9], r"^torvik: \d+ sets, nothing lost$")
+        self.assertEqual([line for line in screen[10:] if line], [])
         self.assertGreater(text.rfind(CURSOR_SHOWN), text.rfind(CURSOR_HIDDEN))
 
     def test_it_is_redrawn_in_place_without_clearing_the_screen(self):
@@ -113,7 +114,8 @@ class LiveTable(ToolTest):
     def test_csv_can_be_had_on_a_terminal(self):
         with self.terminal.start("stream", "--simulate", self.bench(FAST), "--csv", "--count", "2"):
             text = self.terminal.read_to_end()
-        self.assertEqual(len(text.splitlines()), 3)
+        self.assertEqual(len(text.splitlines()), 4)
+        self.assertIn("torvik: 2 sets, nothing lost", text)
         self.assertNotIn("\x1b", text)
 
 

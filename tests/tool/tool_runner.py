@@ -23,7 +23,7 @@ ADAPTER_LIBRARY = "PCANBasic.dll" if ON_WINDOWS else "libpcanbasic.so"
 only_linux = unittest.skipIf(ON_WINDOWS, "needs Linux's terminals and devices")
 
 SUCCESS, CODE_UNKNOWN, USAGE, NO_ADAPTER, DEVICE_FAILED, STREAM_FAILED, OUTPUT_FAILED, DIFFERS = range(8)
-INTERRUPTED = 130
+VALUES_LOST, INTERRUPTED = 10, 130
 
 
 def environment(**additions):

@@ -9,6 +9,7 @@
 
 #include "command_line.h"
 #include "connection.h"
+#include "loss_report.h"
 #include "number_option.h"
 #include "set_reader.h"
 #include "stream_sinks.h"
@@ -47,25 +48,32 @@ std::unique_ptr<SetSink> makeSink(Session& session, const StreamOptions& options
         session, LiveTable(std::move(title), channels, connectionOptions.bufferSize, session.output.showsUtf8()));
 }
 
+struct Passed {
+    ExitCode exitCode;
+    std::uint64_t sets;
+};
+
 /// Passes sets on until the number or the time asked for is reached (success) or the end is requested (interrupted).
-ExitCode passSets(Session& session, const StreamOptions& options, SetReader& reader, SetSink& sink,
-                  StreamWatch& watch) {
+Passed passSets(Session& session, const StreamOptions& options, SetReader& reader, SetSink& sink, StreamWatch& watch,
+                LossCounter& losses) {
     const auto start = Clock::now();
-    std::uint64_t left = options.count > 0 ? options.count : std::numeric_limits<std::uint64_t>::max();
+    const std::uint64_t wanted = options.count > 0 ? options.count : std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t left = wanted;
     bool anyValues = false;
     while (true) {
         const SetBatch batch = reader.read(static_cast<std::size_t>(left));
         const double now = secondsSince(start);
         sink.take(batch, now);
         left -= batch.sets;
+        if (!anyValues && batch.sets > 0) losses.streamBegan();
         anyValues = anyValues || batch.sets > 0;
         const bool timeOver = options.seconds > 0.0 && now >= options.seconds;
         const bool interrupted = session.interruption.requested();
         if (left == 0 || timeOver || interrupted) {
             sink.finish(now);
-            if (left > 0 && interrupted) return ExitCode::interrupted;
+            if (left > 0 && interrupted) return {ExitCode::interrupted, wanted - left};
             if (!anyValues) watch.failWithoutValues(now);
-            return ExitCode::success;
+            return {ExitCode::success, wanted - left};
         }
         watch.check(batch, now);
         if (batch.sets < SetReader::mostSets) {
@@ -76,10 +84,16 @@ ExitCode passSets(Session& session, const StreamOptions& options, SetReader& rea
 
 ExitCode runStream(Session& session, const StreamOptions& options, const ConnectionOptions& connectionOptions) {
     const Connection connection(connectionOptions);
+    LossCounter counter(connection, connectionOptions.bufferSize == 1);
     SetReader reader(connection, connectionOptions.bufferSize);
-    const auto sink = makeSink(session, options, connectionOptions, connection.channelCount());
+    auto sink = makeSink(session, options, connectionOptions, connection.channelCount());
     StreamWatch watch(connection, *sink, options.timeout);
-    return passSets(session, options, reader, *sink, watch);
+    const Passed passed = passSets(session, options, reader, *sink, watch, counter);
+    const Losses losses = counter.losses();
+    // The report comes below the table.
+    sink.reset();
+    printMessage(describe(losses, passed.sets));
+    return passed.exitCode == ExitCode::success && losses.any() ? ExitCode::valuesLost : passed.exitCode;
 }
 
 void addSecondsOption(CLI::App& command, const std::string& name, double& seconds, bool zeroAllowed,

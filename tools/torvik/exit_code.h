@@ -16,6 +16,7 @@ enum class ExitCode : int {
     differs = 7,
     notDrawn = 8,
     fileProblems = 9,
+    valuesLost = 10,
     interrupted = 130,
 };
 
@@ -33,6 +34,7 @@ inline constexpr std::string_view exitCodeHelp =
     "       calibration load: the device reads back other values; calibration compare: something differs\n"
     "  8    filter plot: gnuplot is not installed, or could not draw\n"
     "  9    calibration check, load, compare: the calibration file would be refused\n"
+    "  10   stream: something was lost, as the report at its end says\n"
     "  130  interrupted (Ctrl-C, or asked to end); the device has been released";
 
 }  // namespace torvik::tool
