@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Both systems put identical bytes on the wire and deliver identical values: runs tests/proof/transcript of the Linux and of
-# the Windows build and compares what they wrote. Prints how much that was.
+# the Windows build and compares what they wrote, and what the tool writes. Prints how much that was.
 #
 #   scripts/compare-systems.sh [--builds LINUX_FOLDER WINDOWS_FOLDER] [SIZE [SEED]]
 #
@@ -13,21 +13,26 @@ if [ "${1:-}" = --builds ]; then
     linux=$(realpath "${2:?}") windows=$(realpath "${3:?}")
     shift 3
 else
-    build linux transcript >&2
-    build windows transcript >&2
+    build linux transcript torvik_tool >&2
+    build windows transcript torvik_tool >&2
 fi
 size=${1:-10} seed=${2:-1}
 results=$root/build/transcripts
 rm -rf "$results"
 mkdir -p "$results/linux" "$results/windows"
 
-# record SYSTEM BUILD_FOLDER SAMPLE_FOLDER PROGRAM...
-record() {
-    local folder=$results/$1 libraries=$2/virtual:$2 samples=$3
+# write_texts BUILD_FOLDER SAMPLE_FOLDER SUFFIX [STARTER...]: writes everything to the working folder.
+write_texts() {
+    local folder=$1 samples=$2 suffix=$3
     shift 3
-    (cd "$folder" && LD_LIBRARY_PATH=$libraries "$@" "$seed" "$size" "$samples") ||
-        { echo "the transcript was not written: $*" >&2; return 1; }
+    local tool=("$@" "$folder/torvik$suffix")
+    LD_LIBRARY_PATH=$folder/virtual:$folder "$@" "$folder/tests/proof/transcript$suffix" "$seed" "$size" "$samples"
+    "${tool[@]}" explain >tool-explain.txt
+    "${tool[@]}" list >tool-list.txt
+    "${tool[@]}" filter design bandpass bessel 31.7 88.2 --rate 1234.5 >tool-filter-design.txt
+    "${tool[@]}" config save tool-config.txt --simulate >&2
 }
-record linux "$linux" "$root/examples/calibration" "$linux/tests/proof/transcript"
-record windows "$windows" "Z:$root/examples/calibration" "$root/scripts/wine-run.sh" "$windows/tests/proof/transcript.exe"
+
+(cd "$results/linux" && write_texts "$linux" "$root/examples/calibration" "")
+(cd "$results/windows" && write_texts "$windows" "Z:$root/examples/calibration" .exe "$root/scripts/wine-run.sh")
 "$python" -B "$root/tests/proof/compare_transcripts.py" "$results/linux" "$results/windows" "$root/src/api/TORVIK.def"

@@ -1,5 +1,6 @@
 """The comparison of two runs of `transcript` sees every kind of difference."""
 import pathlib
+import shutil
 import tempfile
 import unittest
 
@@ -20,6 +21,7 @@ class Comparison(unittest.TestCase):
             (self.root / system).mkdir()
             self.write(system, "transcript.txt", CALLS + END)
             self.write(system, "step.txt", RESPONSE)
+            self.write(system, "tool-list.txt", "name\n", "\n")
         (self.root / "exports.def").write_text(EXPORTS)
 
     def write(self, system, name, text, line_end=None):
@@ -35,7 +37,7 @@ class Comparison(unittest.TestCase):
 
     def test_equal_runs(self):
         self.assertEqual(self.compare(), "4000 calls of 2 exports: 5000 frames and 6000 floating-point numbers identical; "
-                                         "1 response files of 3 lines equal, 0 lines but for a last digit")
+                                         "2 other texts of 4 lines equal, 0 lines but for a last digit")
 
     def test_a_byte_on_the_wire(self):
         self.write("windows", "transcript.txt", (CALLS + END).replace("80 8A", "80 8B"))
@@ -91,14 +93,13 @@ class Comparison(unittest.TestCase):
     def test_the_line_ends_of_the_other_system(self):
         self.write("windows", "step.txt", RESPONSE, "\n")
         self.assert_different()
-        self.setUp()
-        self.write("linux", "step.txt", RESPONSE, "\r\n")
+
+    def test_the_tool_with_line_ends_of_its_system(self):
+        self.write("windows", "tool-list.txt", "name\n", "\r\n")
         self.assert_different()
 
     def test_a_run_that_is_missing(self):
-        (self.root / "windows/transcript.txt").unlink()
-        (self.root / "windows/step.txt").unlink()
-        (self.root / "windows").rmdir()
+        shutil.rmtree(self.root / "windows")
         with self.assertRaises(OSError):
             self.compare()
 

@@ -44,7 +44,8 @@ frequency = 41
 
 constexpr std::int32_t channels = 6;
 
-void readValues(Run& run, std::uint32_t sets) {
+void readValues(Run& run) {
+    constexpr std::uint32_t sets = 100;
     Transcript& t = run.transcript;
     Numbers count(1);
     sendSets(sets);
@@ -106,11 +107,11 @@ void recordValues(Run& run) {
         for (const char* const calibrated : {"false", "true"}) {
             openBench(run, amplifier(seed + "\nfrequency = 1000\nvalue_type = \"" + type +
                                      "\"\ncalibrated = " + calibrated + signals));
-            readValues(run, 100 * run.size);
-            askDevice(run);
-            changeValues(run);
-            readValues(run, 100 * run.size);
-            askDevice(run);
+            for (std::uint32_t i = 0; i <= run.size; ++i) {
+                readValues(run);
+                askDevice(run);
+                if (i == 0) changeValues(run);
+            }
         }
     }
     std::vector<std::uint32_t> count(1);
