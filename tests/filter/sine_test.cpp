@@ -34,7 +34,7 @@ TEST(Sine, IsAsExactNextToMultiplesOfPi) {
 
 TEST(Sine, GivesTheSamplesOfEveryTestSignal) {
     int different = 0;
-    for (int k = 0; k <= 1000; ++k) {
+    for (int k = 0; k <= 1000; k += 10) {
         double phase = 0;
         for (int n = 0; n < 1000; ++n, phase += 2 * std::numbers::pi * k / 2000)
             different += static_cast<float>(sine(phase)) != static_cast<float>(exactSine(phase)) ? 1 : 0;
