@@ -1,6 +1,7 @@
 // What a process holds of the system, for comparing before and after.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 
@@ -12,11 +13,12 @@ struct ProcessState {
     std::size_t mappings = 0;  // regions of the address space
 
     static ProcessState now();
+    // How long the system keeps what it may need again, such as the idle threads of its pools.
+    static std::chrono::milliseconds restTime();
     std::string text() const {
         return std::to_string(threads) + " threads, " + std::to_string(handles) + " handles, " +
                std::to_string(mappings) + " mappings";
     }
-    bool operator==(const ProcessState&) const = default;
 };
 
 }  // namespace torvik::proof

@@ -1,5 +1,6 @@
 // Ends at a random instant while four threads are inside the library, in a way that the seed chooses as well.
 //
+//   random_exit_program          ends at once with exit code 0
 //   random_exit_program SEED     ends with exit code SEED mod 200; 250: nobody was inside; 251: no devices
 #include <array>
 #include <atomic>
@@ -65,7 +66,8 @@ void restart(unsigned) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-    const auto seed = argumentCount > 1 ? std::stoul(arguments[1]) : 0UL;
+    if (argumentCount < 2) return 0;
+    const auto seed = std::stoul(arguments[1]);
     std::mt19937 random(static_cast<std::mt19937::result_type>(seed));
     if (virtualConfigure("[[amplifier]]\ncopies = 3\nfrequency = 1000\n") != 0) return noDevices;
     for (void (*call)(unsigned) : {stream, ask, openAndClose, restart})

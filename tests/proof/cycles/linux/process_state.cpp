@@ -21,6 +21,10 @@ std::size_t linesOf(const char* file) {
 
 }  // namespace
 
+std::chrono::milliseconds ProcessState::restTime() {
+    return std::chrono::milliseconds(0);
+}
+
 ProcessState ProcessState::now() {
     // The mappings first: listing a folder may itself need memory.
     const std::size_t mappings = linesOf("/proc/self/maps");

@@ -5,6 +5,10 @@
 // After windows.h.
 #include <tlhelp32.h>
 
+#include <algorithm>
+#include <span>
+#include <vector>
+
 namespace torvik::proof {
 
 namespace {
@@ -22,10 +26,37 @@ std::size_t countThreads() {
     return count;
 }
 
+// GetProcessHandleCount tells 0 under Wine. What the system tells about the handles of all processes has no
+// declaration.
+struct SystemHandle {
+    void* object;
+    ULONG_PTR process;
+    ULONG_PTR handle;
+    ULONG access;
+    USHORT creatorBackTrace;
+    USHORT type;
+    ULONG attributes;
+    ULONG reserved;
+};
+
+struct SystemHandles {
+    ULONG_PTR count;
+    ULONG_PTR reserved;
+    SystemHandle first;
+};
+
 std::size_t countHandles() {
-    DWORD count = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &count);
-    return count;
+    using QuerySystem = LONG WINAPI(ULONG, void*, ULONG, ULONG*);
+    constexpr ULONG extendedHandleInformation = 64;
+    const auto address =
+        reinterpret_cast<void (*)()>(GetProcAddress(GetModuleHandleA("ntdll"), "NtQuerySystemInformation"));
+    const auto query = reinterpret_cast<QuerySystem*>(address);
+    std::vector<ULONG_PTR> memory(std::size_t{1} << 17U);
+    const auto size = static_cast<ULONG>(memory.size() * sizeof memory[0]);
+    if (query == nullptr || query(extendedHandleInformation, memory.data(), size, nullptr) != 0) return 0;
+    const auto* const handles = reinterpret_cast<const SystemHandles*>(memory.data());
+    const std::span all(&handles->first, handles->count);
+    return static_cast<std::size_t>(std::ranges::count(all, GetCurrentProcessId(), &SystemHandle::process));
 }
 
 std::size_t countMappings() {
@@ -40,6 +71,10 @@ std::size_t countMappings() {
 }
 
 }  // namespace
+
+std::chrono::milliseconds ProcessState::restTime() {
+    return std::chrono::seconds(6);
+}
 
 ProcessState ProcessState::now() {
     return {countThreads(), countHandles(), countMappings()};
