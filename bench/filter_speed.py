@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """How much faster than SciPy and NumPy the library is: filter_speed.py BUILD_DIRECTORY [ROUNDS]
 
-In each round both sides design every kind of filter, simulate and write a frequency response of 1,000 lines, and write the
-same lines once more without simulating, in turn and repeatedly; the ratio of the shortest times is that of the round, and
-the median of all rounds counts. The results of both sides are compared first.
+In each round both sides design every kind of filter, simulate and write a frequency response of 1,000 lines, and write
+the same lines once more without simulating, in turn and repeatedly; the ratio of the shortest times is that of the
+round, and the median of all rounds counts. The results of both sides are compared first.
 """
 import pathlib
 import statistics
