@@ -11,13 +11,14 @@ struct ProcessState {
     std::size_t threads = 0;
     std::size_t handles = 0;   // Linux: file descriptors
     std::size_t mappings = 0;  // regions of the address space
+    std::size_t memory = 0;    // KiB that are the process's own
 
     static ProcessState now();
     // How long the system keeps what it may need again, such as the idle threads of its pools.
     static std::chrono::milliseconds restTime();
     std::string text() const {
         return std::to_string(threads) + " threads, " + std::to_string(handles) + " handles, " +
-               std::to_string(mappings) + " mappings";
+               std::to_string(mappings) + " mappings, " + std::to_string(memory) + " KiB";
     }
 };
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
 
 namespace torvik::proof {
 
@@ -19,6 +20,15 @@ std::size_t linesOf(const char* file) {
     return static_cast<std::size_t>(std::count(std::istreambuf_iterator<char>(stream), {}, '\n'));
 }
 
+std::size_t dataSize() {
+    std::ifstream stream("/proc/self/status");
+    for (std::string word; stream >> word;) {
+        std::size_t size = 0;
+        if (word == "VmData:" && stream >> size) return size;
+    }
+    return 0;
+}
+
 }  // namespace
 
 std::chrono::milliseconds ProcessState::restTime() {
@@ -28,7 +38,7 @@ std::chrono::milliseconds ProcessState::restTime() {
 ProcessState ProcessState::now() {
     // The mappings first: listing a folder may itself need memory.
     const std::size_t mappings = linesOf("/proc/self/maps");
-    return {entriesOf("/proc/self/task"), entriesOf("/proc/self/fd"), mappings};
+    return {entriesOf("/proc/self/task"), entriesOf("/proc/self/fd"), mappings, dataSize()};
 }
 
 }  // namespace torvik::proof

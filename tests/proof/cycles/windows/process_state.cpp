@@ -3,6 +3,7 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 // After windows.h.
+#include <psapi.h>
 #include <tlhelp32.h>
 
 #include <algorithm>
@@ -70,6 +71,12 @@ std::size_t countMappings() {
     return count;
 }
 
+std::size_t privateSize() {
+    PROCESS_MEMORY_COUNTERS counters{};
+    K32GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return counters.PagefileUsage / 1024;
+}
+
 }  // namespace
 
 std::chrono::milliseconds ProcessState::restTime() {
@@ -77,7 +84,7 @@ std::chrono::milliseconds ProcessState::restTime() {
 }
 
 ProcessState ProcessState::now() {
-    return {countThreads(), countHandles(), countMappings()};
+    return {countThreads(), countHandles(), countMappings(), privateSize()};
 }
 
 }  // namespace torvik::proof
