@@ -48,14 +48,16 @@ struct ReceiveNotifier::System {
         static_cast<ReceiveNotifier*>(notifier)->dueTimeReached_();
     }
 
+    // A timer that expires no later is left alone: its expiry leads here again. Setting one costs the system several
+    // calls, too many for each look at the clock of a client that reads a full queue.
     void arm(Nanoseconds due) {
-        const Nanoseconds now = monotonicNow();
-        if (due == armed && due > now) return;
-        armed = due;
-        if (due == kNever) {
+        if (due == kNever && armed != kNever) {
+            armed = kNever;
             CancelWaitableTimer(timer.get());
-            return;
         }
+        if (armed <= due) return;
+        armed = due;
+        const Nanoseconds now = monotonicNow();
         LARGE_INTEGER relative{};
         relative.QuadPart = due > now ? -static_cast<LONGLONG>((due - now + 99) / 100) : -1;
         SetWaitableTimer(timer.get(), &relative, 0, nullptr, nullptr, FALSE);
