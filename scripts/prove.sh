@@ -15,6 +15,8 @@ all_proofs() {
         tests/proof/frames/hostile_frames --frames 100000000 --seed 2
     proof every-fault linux every_fault_test over_seeds 100 tests/faults/every_fault_test --gtest_brief=1
     proof failure-sweep linux failure_sweep_test tests/faults/failure_sweep_test --gtest_brief=1
+    proof frozen linux frozen_reader "$python" "$root/tests/proof/frozen_test.py" tests/proof/frozen_reader 20
+    proof same-on-both-systems linux transcript "$root/scripts/compare-systems.sh" 100 2
 }
 
 only=() list=no install=yes
