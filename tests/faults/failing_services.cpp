@@ -1,5 +1,6 @@
 #include "faults/failing_services.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdio>
@@ -7,7 +8,7 @@
 #include <new>
 #include <string_view>
 
-#include "core/library_state.h"
+#include "core/device_table.h"
 #include "faults/system_holdings.h"
 #include "platform/faults.h"
 
@@ -30,6 +31,11 @@ thread_local Failure failure;
 
 std::atomic<std::int64_t> blocks = 0;
 std::atomic<std::int64_t> files = 0;
+
+bool insideLibrary() {
+    const auto occupied = [](const DeviceRecord& record) { return record.gate.occupied(); };
+    return untouched == 0 && (libraryGate.occupied() || std::ranges::any_of(deviceTable(), occupied));
+}
 
 std::uint32_t atFaultPoint(platform::FaultPoint point) {
     static constexpr const char* names[] = {"eventCreate", "mutexCreate", "threadStart", "allocation"};
@@ -59,7 +65,7 @@ const char* FailingService::what() {
 }
 
 bool serviceFails(Service service, const char* name) {
-    if (!armed || untouched > 0 || failure.service != service || !libraryGate.occupied()) return false;
+    if (!armed || failure.service != service || !insideLibrary()) return false;
     ++failure.uses;
     if (failure.uses != failure.nth && !(failure.fromThenOn && failure.uses > failure.nth)) return false;
     constexpr std::string_view closing = "fclose";
@@ -93,10 +99,6 @@ namespace {
 struct alignas(std::max_align_t) BlockHeader {
     bool ofTheLibrary;
 };
-
-bool insideLibrary() {
-    return untouched == 0 && libraryGate.occupied();
-}
 
 void* allocate(std::size_t size) {
     if (serviceFails(Service::allocation, "operator new")) throw std::bad_alloc();

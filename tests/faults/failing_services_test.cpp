@@ -20,7 +20,9 @@ class SweptExport : public SweepBench {
     static bool usesDesigner() {
         return row().exportName == "TORVIKcalcSetDfilterParams" || row().exportName == "TORVIKsimulateDfilter";
     }
-    static bool writesFile() { return row().exportName == "TORVIKsimulateDfilter"; }
+    static bool makesDesigner() { return usesDesigner() && !row().prepare; }
+    static bool writesFile() { return row().exportName == "TORVIKsimulateDfilter" && row().variant != "ofNoDesign"; }
+    static bool readsFile() { return row().exportName == "TORVIKwriteFTSensorCalFromFile"; }
 
     // A device's filter designer has a code of its own.
     static std::uint32_t codeOfNoMemory() { return usesDesigner() ? expected_code::internalCallFailed : outOfMemory; }
@@ -43,7 +45,7 @@ class SweptExport : public SweepBench {
 };
 
 TEST_P(SweptExport, SurvivesEveryFailedAllocation) {
-    sweep("allocation", [this](std::uint32_t nth, bool fromThenOn) {
+    const std::uint32_t cases = sweep("allocation", [this](std::uint32_t nth, bool fromThenOn) {
         const SweptOutcome outcome = meetFailing(Service::allocation, nth, fromThenOn, ENOMEM);
         // What a thread needs is the first that opening the adapter allocates.
         if (outcome.struck && opensAdapter() && nth == 1) {
@@ -55,11 +57,13 @@ TEST_P(SweptExport, SurvivesEveryFailedAllocation) {
         }
         return outcome.struck;
     });
+    EXPECT_EQ(cases > 0, activates() || makesDesigner() || readsFile());
 }
 
 TEST_P(SweptExport, SurvivesEveryFailedServiceOfTheSystem) {
+    std::uint32_t cases = 0;
     for (const Service service : {Service::faultPoint, Service::operatingSystem}) {
-        sweep("system", [this, service](std::uint32_t nth, bool fromThenOn) {
+        cases += sweep("system", [this, service](std::uint32_t nth, bool fromThenOn) {
             const SweptOutcome outcome = meetFailing(service, nth, fromThenOn, EAGAIN);
             if (outcome.struck) {
                 expectSystemFailure(outcome);
@@ -69,11 +73,13 @@ TEST_P(SweptExport, SurvivesEveryFailedServiceOfTheSystem) {
             return outcome.struck;
         });
     }
+    EXPECT_EQ(cases > 0, activates() || makesDesigner());
 }
 
 TEST_P(SweptExport, SurvivesEveryFailedFileOperation) {
+    std::uint32_t cases = 0;
     for (const int systemError : {ENOSPC, EACCES, EIO}) {
-        sweep("file", [this, systemError](std::uint32_t nth, bool fromThenOn) {
+        cases += sweep("file", [this, systemError](std::uint32_t nth, bool fromThenOn) {
             const SweptOutcome outcome = meetFailing(Service::file, nth, fromThenOn, systemError);
             if (outcome.struck) {
                 expectFileFailure(outcome, systemError);
@@ -83,6 +89,7 @@ TEST_P(SweptExport, SurvivesEveryFailedFileOperation) {
             return outcome.struck;
         });
     }
+    EXPECT_EQ(cases > 0, writesFile() || readsFile());
 }
 
 INSTANTIATE_TEST_SUITE_P(Sweep, SweptExport, testing::ValuesIn(faultRows()),

@@ -71,7 +71,6 @@ void SweepBench::SetUp() {
     static const std::int64_t threadsInTheBeginning = Holdings::now().threads;
     FaultBench::SetUp();
     const FaultPlan none{.fault = Fault::none, .position = static_cast<std::size_t>(-1)};
-    countCase("undisturbed");
     for (int i = 0; i < 2; ++i) {
         undisturbed = meet(row(), none);
         expectRecovery(!row().endsInactive, 0);

@@ -42,9 +42,11 @@ class SweepBench : public FaultBench, public testing::WithParamInterface<FaultRo
     // The undisturbed call, twice: the first one also makes what the program keeps for ever.
     void SetUp() override;
 
-    // `oneCase(nth, fromThenOn)` runs a case and tells whether anything failed in it.
+    // `oneCase(nth, fromThenOn)` runs a case and tells whether anything failed in it. Result: in how many something
+    // did.
     template <class Case>
-    void sweep(const char* service, Case oneCase) {
+    std::uint32_t sweep(const char* service, Case oneCase) {
+        std::uint32_t cases = 0;
         for (const bool fromThenOn : {false, true}) {
             std::uint32_t nth = 1;
             for (; nth < sweepLimit; nth += nth < firstPart ? 1 : TORVIK_SWEEP_STRIDE) {
@@ -54,12 +56,14 @@ class SweepBench : public FaultBench, public testing::WithParamInterface<FaultRo
                 TORVIKrelease(0);
                 expectClosed();
                 activateAll();
-                if (HasFailure()) return;
+                if (HasFailure()) return cases;
                 if (!struck) break;
+                ++cases;
                 countCase(service);
             }
             EXPECT_LT(nth, sweepLimit);
         }
+        return cases;
     }
 
     // Calls the export with the n-th use of the service failing.
