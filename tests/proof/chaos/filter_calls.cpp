@@ -19,6 +19,9 @@ const auto outputFile = [](Arguments& any) { return any.outputFile(); };
 // Those of calibrations and filters take many commands: chosen less often.
 constexpr double seldom = 5;
 
+// These use the designer, which a release destroys, for long and without a wait.
+constexpr double often = 40;
+
 }  // namespace
 
 std::vector<RandomCall> filterCalls() {
@@ -35,10 +38,10 @@ std::vector<RandomCall> filterCalls() {
             .weighing(seldom),
         C<decltype(TORVIKcalcSetDfilterParams)>::make("TORVIKcalcSetDfilterParams", 36, number, number, number, number,
                                                       number, real, real)
-            .weighing(seldom),
+            .weighing(often),
         C<decltype(TORVIKsimulateDfilter)>::make("TORVIKsimulateDfilter", 1, number, real, real, real, points,
                                                  outputFile)
-            .weighing(seldom),
+            .weighing(often),
     };
 }
 

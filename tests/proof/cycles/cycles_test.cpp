@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -102,14 +103,24 @@ class Steps {
 constexpr int devices = 3;
 constexpr const char* bench = "[[amplifier]]\ncopies = 3\nfrequency = 200\n";
 
+std::uint32_t lastErrorOf(const LoadedLibrary& loaded, std::int32_t deviceNo) {
+    std::array<char, 128> text{};
+    std::uint32_t code = 0;
+    loaded.function<decltype(TORVIKgetLastErrorText)>("TORVIKgetLastErrorText")(deviceNo, text.data(), &code);
+    return code;
+}
+
 void activateAll(const LoadedLibrary& loaded) {
+    const auto begun = Clock::now();
     for (std::int32_t deviceNo = 1; deviceNo <= devices; ++deviceNo) {
         const std::uint32_t commandId = 0x100 + 3 * static_cast<std::uint32_t>(deviceNo - 1);
         std::uint32_t channels = 0;
         ASSERT_EQ(loaded.function<decltype(TORVIKactivateExtended)>("TORVIKactivateExtended")(
                       deviceNo, TORVIK_ADAPTER_USB, 1'000'000, 1000, &channels, commandId, commandId + 1,
                       TORVIK_FLAG_PROTOCOL_KIND_16),
-                  0);
+                  0)
+            << "device " << deviceNo << ", error " << lastErrorOf(loaded, deviceNo) << ", "
+            << std::chrono::duration_cast<milliseconds>(Clock::now() - begun).count() << " ms";
     }
 }
 
