@@ -101,7 +101,7 @@ class Steps {
 };
 
 constexpr int devices = 3;
-constexpr const char* bench = "[[amplifier]]\ncopies = 3\nfrequency = 200\n";
+constexpr const char* bench = "[[amplifier]]\ncopies = 3\nfrequency = 100\n";
 
 std::uint32_t lastErrorOf(const LoadedLibrary& loaded, std::int32_t deviceNo) {
     std::array<char, 128> text{};
