@@ -16,6 +16,11 @@ all_proofs() {
     proof every-fault linux every_fault_test over_seeds 100 tests/faults/every_fault_test --gtest_brief=1
     proof failure-sweep linux failure_sweep_test tests/faults/failure_sweep_test --gtest_brief=1
     proof frozen linux frozen_reader "$python" "$root/tests/proof/frozen_test.py" tests/proof/frozen_reader 20
+    proof chaos linux chaos tests/proof/chaos/chaos 10000000
+    proof chaos-tsan tsan chaos without_randomised_addresses tests/proof/chaos/chaos 1000000
+    proof chaos-windows windows chaos under_wine tests/proof/chaos/chaos.exe 1000000
+    proof cycles linux cycles_test many_cycles tests/proof/cycles/cycles_test
+    proof cycles-windows windows cycles_test many_cycles under_wine tests/proof/cycles/cycles_test.exe
     proof same-on-both-systems linux transcript "$root/scripts/compare-systems.sh" 100 2
 }
 
@@ -50,6 +55,11 @@ over_seeds() {
         TORVIK_FAULT_SEED=$seed "$@" || return 1
     done
 }
+
+# Run in the build folder, where the adapter's library lies.
+under_wine() { LD_LIBRARY_PATH=$PWD/virtual:$PWD "$root/scripts/wine-run.sh" "$@"; }
+
+many_cycles() { TORVIK_CYCLES=10000 TORVIK_CYCLES_WITHOUT_RELEASE=1000 TORVIK_EXITS=1000 "$@"; }
 
 proof() {
     local name=$1 preset=$2 targets=$3 log=$logs/prove-$1.log began=$SECONDS
