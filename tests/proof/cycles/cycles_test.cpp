@@ -55,8 +55,9 @@ class Heartbeat {
   private:
     void beat() {
         while (!ends_) {
-            const auto due = Clock::now() + milliseconds(1);
-            std::this_thread::sleep_until(due);
+            // Whole ticks: the Windows run-time cuts what is below a millisecond, and would not sleep at all.
+            const auto due = Clock::now() + milliseconds(5);
+            std::this_thread::sleep_for(milliseconds(5));
             const auto late = std::chrono::duration_cast<milliseconds>(Clock::now() - due).count();
             if (late > latest_) latest_ = late;
         }
