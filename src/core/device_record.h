@@ -82,8 +82,8 @@ struct alignas(64) DeviceRecord {
     std::atomic<std::uint32_t> lastError = 0;
     std::unique_ptr<FilterObject> filterObject;
 
-    std::array<ValueBuffer, channelLimit> valueBuffer GUARDED_BY(valueMutex);
     ValueType lastValueType GUARDED_BY(valueMutex) = ValueType::unknown;
+    std::array<ValueBuffer, channelLimit> valueBuffer GUARDED_BY(valueMutex);
 
     Counter valuesCleared;  // thrown away unread with the buffers, or by a smaller bound; written under valueMutex
 
