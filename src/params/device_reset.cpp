@@ -34,7 +34,10 @@ std::int32_t restartDevice(std::uint8_t deviceNo) {
     const bool transmitting = record.transmitting;
     if (sendCommand(deviceNo, Command::resetDevice, {}) != 0) return -1;
     const bool cleared = clearValueBuffers(record);
-    if (!pauseCall(record, restartTime)) return -1;
+    if (!pauseCall(record, restartTime)) {
+        setError(record, error::notActive);
+        return -1;
+    }
     restoreStream(record, deviceNo, transmitting);
     return cleared ? 0 : static_cast<std::int32_t>(error::clearBuffer);
 }

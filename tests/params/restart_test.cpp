@@ -46,6 +46,18 @@ TEST_F(ResetDevice, LeavesTheDeviceAloneFor700Milliseconds) {
     EXPECT_THAT(takeSent(), ElementsAre("80 24"));
 }
 
+TEST_F(ResetDevice, CutShortByAReleaseMakesTheSettingFailWhateverCodeStoodThere) {
+    record().lastError = code::firmwareUnsupported;
+    auto result = std::async(std::launch::async, [] { return TORVIKwriteAoutOffset(device, 1, 0.0); });
+    for (std::vector<std::string> sent; sent.empty() || sent.back() != "80 78"; std::this_thread::sleep_for(1ms)) {
+        if (auto more = takeSent(); !more.empty()) sent = more;
+        ASSERT_TRUE(result.wait_for(0s) != std::future_status::ready) << "no restart";
+    }
+    TORVIKrelease(device);
+    EXPECT_EQ(result.get(), -1);
+    EXPECT_EQ(takeCode(), 0x30000113U);
+}
+
 TEST_F(ResetDevice, StopsAStreamThatWasStopped) {
     activateAs({.streaming = false});
     EXPECT_EQ(reset(), 0);
