@@ -22,6 +22,9 @@ all_proofs() {
     proof cycles linux cycles_test many_cycles tests/proof/cycles/cycles_test
     proof cycles-windows windows cycles_test many_cycles under_wine tests/proof/cycles/cycles_test.exe
     proof same-on-both-systems linux transcript "$root/scripts/compare-systems.sh" 100 2
+    proof coverage linux TORVIK "$root/scripts/coverage.sh"
+    proof mutation linux "core_test params_test filter_test filter_exports_test calibration_file_test" \
+        "$root/tests/mutation/mutation.py" .
 }
 
 only=() list=no install=yes

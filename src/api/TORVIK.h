@@ -790,7 +790,7 @@ int32_t TORVIKFABwriteInputRange(int32_t deviceNo, uint32_t channel, uint32_t en
  *   result       the input type, 0..255, or -1
  *   errors       0x30000100  channel outside 1..8 (checked first), or device number above 39
  *                0x30000113  device not active
- *                0x30000065  range or scale is 0
+ *                0x30000065  range or scale is not above 2.22e-16 in magnitude
  *   sends        0xA2 with the bytes channel, 0; then 0x06 with the byte channel
  */
 int32_t TORVIKreadInputSensitivity(int32_t deviceNo, uint32_t channel, double* sensitivity);
@@ -801,13 +801,13 @@ int32_t TORVIKreadInputSensitivity(int32_t deviceNo, uint32_t channel, double* s
  *   deviceNo     in   device number 1..39
  *   channel      in   1..8; 0: the list of channel 1 counts, and the device takes 0 as it likes
  *   mode         in   0
- *   sensitivity  in   above 0, at most the channel's first range
- *   result       0 or -1
- *   errors       0x30000100  mode negative or sensitivity not above 0 (checked first); device number above 39,
+ *   sensitivity  in   above 2.22e-16, at most the channel's first range
+ *   result       0 or -1; -1 without a code, too: the value buffers could not be cleared in the restart
+ *   errors       0x30000100  mode negative or sensitivity not above 2.22e-16 (checked first); device number above 39,
  *                            channel above 8, or sensitivity above the first range
  *                0x30000113  device not active
- *                0x30000062  mode above 0; also stored although the result is 0: firmware below 0x00030009 knows no
- *                            restart
+ *                0x30000062  mode above 0 (checked first); also stored although the result is 0: firmware below
+ *                            0x00030009 knows no restart
  *   sends        the list of TORVIKgetAllInTypesRanges, 0x34 with the bytes channel, 0 and range x 100 as 4 bytes,
  *                the restart of TORVIKresetDevice, then 0x07 with the byte channel and the float
  */
@@ -824,6 +824,7 @@ int32_t TORVIKwriteInputSensitivity(int32_t deviceNo, uint32_t channel, int32_t 
  *   errors    0x30000100  index outside 0..48, channel above 7, or value is null (checked first); device number above
  *                         39
  *             0x30000113  device not active
+ *             0x30000058  no answer; also when the command could not be sent, as the answer is waited for all the same
  *   sends     0x17 with the bytes index, channel
  */
 int32_t TORVIKreadCal(int32_t deviceNo, int32_t index, uint32_t channel, double* value);
@@ -881,8 +882,8 @@ int32_t TORVIKsetUnitNo(int32_t deviceNo, uint32_t channel, uint32_t unitNo);
  *   unitTextMode  in   request 0: the channel's unit; 1, 2: that user text
  *   text          out  at least 10 bytes; up to 8 characters and a zero are written; null is refused
  *   result        0 or -1
- *   errors        0x30000100  device number above 39, text is null, unitTextMode negative or its request above 2, or
- *                             channel outside 1..7
+ *   errors        0x30000100  device number above 39, text is null, unitTextMode negative or its request above 2;
+ *                             for request 0, checked after the activity: channel outside 1..7
  *                 0x30000113  device not active
  *                 0x30000105  the channel's unit number has no text
  *   sends         0x0F with the byte channel; for a user text 0x11 with the byte 0 or 1, which draws two answers
@@ -958,7 +959,7 @@ int32_t TORVIKgetCounterFreqMode(int32_t deviceNo, int32_t input, uint32_t sub, 
 
 /*
  * Writes a setting of a counter or frequency input. The mode (sub 0) can change the number of channels, which is
- * then asked for.
+ * then asked for; one above 8 is not taken over.
  *   deviceNo  in   device number 1..39
  *   input     in   0..2; negative ones are passed on as they are
  *   sub       in   0..15
@@ -1054,8 +1055,8 @@ int32_t TORVIKgetIDState(int32_t deviceNo, uint8_t* state);
 int32_t TORVIKgetTXMapping(int32_t deviceNo, uint8_t index, uint32_t* value);
 
 /*
- * Writes the transmit mapping. A number of channels up to 8 counts for the library at once; a higher one is left to
- * the device.
+ * Writes the transmit mapping. A number of channels whose low byte is at most 8 counts for the library at once, by
+ * that byte; a higher one is left to the device.
  *   deviceNo  in   device number 1..39
  *   index     in   0: number of channels in a set; 1..16: one entry
  *   value     in   its low 16 bits are sent; not 0 for index 0

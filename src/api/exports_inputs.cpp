@@ -121,6 +121,7 @@ int32_t TORVIKreadCal(int32_t deviceNo, int32_t index, uint32_t channel, double*
             return failure;
         if (!call.activeAnd(true)) return failure;
         const CalibrationFormat format = calibrationFormat(libraryState.protocolKind, number);
+        if (format == CalibrationFormat::unknownProtocol) return call.fail(error::parameterExceedance);
         // Kept: whether it could be sent is not looked at; the answer tells.
         sendCommand(call.deviceNo(), Command::readCalibrationValue, calibrationValue(number, channel).bytes());
         const auto answer = nextAnswer(call.deviceNo());
@@ -135,6 +136,8 @@ int32_t TORVIKFABwriteCal(int32_t deviceNo, uint32_t index, uint32_t channel, do
     return deviceCall(deviceNo, [&](const DeviceCall& call) {
         if (!call.activeAnd(index <= lastCalibrationIndex && channel <= lastCalibrationChannel)) return failure;
         const CalibrationFormat format = calibrationFormat(libraryState.protocolKind, index);
+        // Kept: another code than when it is read.
+        if (format == CalibrationFormat::unknownProtocol) return call.fail(error::internalCallFailed);
         if (!call.argumentsValid(format != CalibrationFormat::none)) return failure;
         const Parameters place = calibrationValue(index, channel);
         if (format == CalibrationFormat::floating)

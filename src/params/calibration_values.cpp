@@ -29,6 +29,7 @@ constexpr FormatRow rowsOf32[] = {
 }  // namespace
 
 CalibrationFormat calibrationFormat(std::uint32_t protocolKind, std::uint32_t index) {
+    if (protocolKind != 16 && protocolKind != 32) return CalibrationFormat::unknownProtocol;
     const auto rows = protocolKind == 16 ? std::span<const FormatRow>(rowsOf16) : std::span<const FormatRow>(rowsOf32);
     const auto found =
         std::ranges::find_if(rows, [index](const FormatRow& row) { return index >= row.first && index <= row.last; });

@@ -1,4 +1,5 @@
 // The factory calibration values: which index carries which kind of number.
+#include "core/library_state.h"
 #include "params/calibration_values.h"
 #include "params/params_bench.h"
 
@@ -100,6 +101,33 @@ TEST_F(ParamsBench, ReadCalTakesAnAnswerEvenThoughItsCommandCouldNotBeWritten) {
     EXPECT_EQ(value, 2.5);
     EXPECT_EQ(takeCode(), code::deviceWrite);
     expectFree();
+}
+
+// As no activation leaves it.
+class CalibrationOfAnUnknownProtocol : public ParamsBench {
+  protected:
+    void SetUp() override {
+        ParamsBench::SetUp();
+        libraryState.protocolKind = 8;
+    }
+    void TearDown() override {
+        libraryState.protocolKind = 16;
+        ParamsBench::TearDown();
+    }
+};
+
+TEST_F(CalibrationOfAnUnknownProtocol, IsNotRead) {
+    double value = 7.0;
+    EXPECT_EQ(TORVIKreadCal(device, 0, 0, &value), -1);
+    EXPECT_EQ(takeCode(), 0x30000100U);
+    EXPECT_EQ(value, 7.0);
+    EXPECT_THAT(takeSent(), IsEmpty());
+}
+
+TEST_F(CalibrationOfAnUnknownProtocol, IsNotWritten) {
+    EXPECT_EQ(TORVIKFABwriteCal(device, 0, 0, 1.0), -1);
+    EXPECT_EQ(takeCode(), 0x30000105U);
+    EXPECT_THAT(takeSent(), IsEmpty());
 }
 
 }  // namespace
