@@ -1452,8 +1452,8 @@ int32_t TORVIKsetFTSensorCalArrNo(int32_t deviceNo, uint8_t number);
  *   calSlot   in   slot to store to; its low 8 bits are sent
  *   path      in   the file, in the process's code page; null is refused
  *   result    0 or -1
- *   errors    0x30000100  device number above 39, path is null, a serial number above 99999999, or a factor index
- *                         above 5
+ *   errors    0x30000100  device number above 39, path is null, a serial number above 99999999, a factor index above
+ *                         5, a scale factor too near to 0, or a unit text of more than 10 characters
  *             0x30000113  device not active
  *             0x30000108  the file's content breaks a rule; nothing has been sent, unless it is a third unit text of
  *                         its own

@@ -21,7 +21,8 @@ extern "C" {
  * In every reading of one device framesRouted is the sum of framesInAssembly and the thirteen fields from framesStored
  * to framesBeyondChannels, and answersStored is at least answersTaken + answersDiscarded; the rest still waits. Once no
  * frame is under way, framesReceived is the sum of framesRouted of all devices, framesWithoutDevice and
- * framesNotRouted.
+ * framesNotRouted. (When the receive thread is kept from running in the middle of a change, a reading gives up after
+ * about a tenth of a second and may be one frame out.)
  */
 typedef struct TORVIKstatistics {
     uint32_t size;             /* in: sizeof(TORVIKstatistics); out: how many bytes have been written */
@@ -34,7 +35,7 @@ typedef struct TORVIKstatistics {
     uint64_t answersNotStored;       /* dropped: the answers were locked for 10000 ms */
     uint64_t commandFrames;          /* dropped: first data byte 0x80..0xFF */
     uint64_t framesWrongChannel;     /* dropped: channel index 8..15 */
-    uint64_t framesNoChannelCount;   /* dropped: came before activation knew the number of channels */
+    uint64_t framesNoChannelCount;   /* dropped: the number of channels is not known yet, or is not 1..8 */
     uint64_t framesOutsideSet;       /* dropped: the first frame of their set is missing */
     uint64_t framesOfIncompleteSets; /* dropped: the next set began before theirs was complete */
     uint64_t framesOfBrokenSets;     /* dropped: another sequence number came within their set; that frame, too */
@@ -51,18 +52,20 @@ typedef struct TORVIKstatistics {
     uint64_t setsLocked;
     uint64_t setsReleased;
     uint64_t setsMissing;   /* by the sequence numbers of the sets stored before and after, dropped ones included;
-                               nothing when the numbers go back, as after a restart of the device */
+                               nothing when the numbers go back, as after a restart of the device,
+                               or jump by 32768 and more, which looks like that */
     uint64_t sequenceJumps; /* stored sets whose number does not follow that of the set stored before */
 
     /* The device's values. */
-    uint64_t valuesStale; /* stored a second time, because their set had no frame of their channel but another twice */
+    uint64_t valuesStale;       /* stored a second time, because another frame took the place of theirs in their set */
     uint64_t valuesOverwritten; /* by newer ones in a full buffer before they were read */
-    uint64_t valuesCleared; /* thrown away unread: TORVIKclearDLLbuffer, activation, release, a smaller buffer size */
+    uint64_t valuesCleared;     /* thrown away unread: TORVIKclearDLLbuffer, a smaller buffer size, TORVIKrelease(0);
+                                   those of a single released device are counted at its next activation */
 
     /* The device's answers. */
     uint64_t answersTaken;       /* by a call that waited for an answer */
     uint64_t answersOverwritten; /* by newer ones in a full ring before they were taken */
-    uint64_t answersDiscarded;   /* thrown away untaken: activation, release */
+    uint64_t answersDiscarded;   /* thrown away untaken: counted at the next activation or by TORVIKrelease(0) */
 
     /* The adapter, the same for every device number. */
     uint64_t framesReceived;      /* handed out by the adapter */
@@ -84,9 +87,12 @@ typedef struct TORVIKstatistics {
  * Reads the counts of one device and those of the adapter. Works at any time: needs neither adapter nor active device,
  * waits for no other call and holds nothing up.
  *   deviceNo    in      device number 1..39; 0: the sums of all devices, each read by itself
- *   statistics  in/out  size says how much room there is, at least 8; only so much is written, in whole fields, and
- * size tells how much that was; null is refused result      0 or -1 errors      0x30000100  device number above 39,
- * statistics is null, or size is below 8 0x30000113  the library is being unloaded sends       nothing
+ *   statistics  in/out  size says how much room there is, at least 8; only so much is written, in whole fields,
+ *                       and size tells how much that was; null is refused
+ *   result      0 or -1
+ *   errors      0x30000100  device number above 39, statistics is null, or size is below 8
+ *               0x30000113  the library is being unloaded
+ *   sends       nothing
  */
 int32_t TORVIKgetStatistics(int32_t deviceNo, TORVIKstatistics* statistics);
 

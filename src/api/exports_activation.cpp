@@ -13,6 +13,10 @@ std::int32_t activate(std::int32_t deviceNo, const ActivationSettings& settings,
         return failure;
     }
     const Visit inLibrary(libraryGate);
+    if (!inLibrary.inside()) {
+        setError(number, error::notActive);
+        return failure;
+    }
     Activation activation(number, settings);
     std::int32_t result = failure;
     {

@@ -23,8 +23,8 @@ struct DoubledRoots {
 // there has few right digits left, or none, unless they are known in twice a double's precision; the filter keeps them
 // rounded.
 struct Placement {
-    Doubled warpedAlpha1;
-    Doubled warpedAlpha2;
+    Doubled warpedAlpha1{};
+    Doubled warpedAlpha2{};
     DoubledRoots sPoles;
     DoubledRoots sZeros;
     DoubledRoots zPoles;

@@ -32,7 +32,8 @@ void ReceiveEvent::wait(std::chrono::milliseconds limit, bool adapterToo) {
     std::array<pollfd, 2> waited = {pollfd{wakeDescriptor, POLLIN, 0}, pollfd{adapter, POLLIN, 0}};
     const int ready = poll(waited.data(), waited.size(), static_cast<int>(limit.count()));
     // What cannot be waited for must not turn the receive thread into a busy loop.
-    if (ready < 0 && errno != EINTR) usleep(static_cast<useconds_t>(limit.count() * 1000));
+    const bool failed = ready < 0 ? errno != EINTR : (waited[0].revents & POLLNVAL) != 0;
+    if (failed) usleep(static_cast<useconds_t>(limit.count() * 1000));
     if (ready <= 0) return;
     if ((waited[0].revents & POLLIN) != 0) {
         eventfd_t count = 0;

@@ -26,7 +26,10 @@ void ReceiveEvent::close() {
 }
 
 void ReceiveEvent::wait(std::chrono::milliseconds limit, bool /*adapterToo*/) {
-    WaitForSingleObject(asHandle(handle_.load(std::memory_order_acquire)), static_cast<DWORD>(limit.count()));
+    const auto milliseconds = static_cast<DWORD>(limit.count());
+    // What cannot be waited for must not turn the receive thread into a busy loop.
+    if (WaitForSingleObject(asHandle(handle_.load(std::memory_order_acquire)), milliseconds) == WAIT_FAILED)
+        Sleep(milliseconds);
 }
 
 void ReceiveEvent::wake() {
