@@ -14,8 +14,10 @@ std::string rowName(std::size_t row) {
 
 std::string joined(std::span<const double> numbers) {
     std::string text;
-    for (const double number : numbers)
-        text += (text.empty() ? "" : " ") + shortestText(number);
+    for (const double number : numbers) {
+        if (!text.empty()) text += ' ';
+        text += shortestText(number);
+    }
     return text;
 }
 

@@ -36,7 +36,7 @@ TEST_F(Sample, OfVersion0HasUsualScaleFactors) {
     EXPECT_EQ(calibration.inScale, 2.0);
     EXPECT_THAT(calibration.maxima, ElementsAre(200, 200, 500, 7.5, 7.5, 12));
     EXPECT_THAT(calibration.zeroSignals, ElementsAre(0.0125, 0, 0, -0.0075, 0, 0));
-    EXPECT_THAT(calibration.offsets, ElementsAre(0, 0, 18.4));
+    EXPECT_THAT(calibration.offsets, ElementsAre(0, 0, 0.0184));
     EXPECT_EQ(calibration.matrix.front(), -12.0416);
     EXPECT_EQ(calibration.matrix.back(), -0.0026);
     EXPECT_EQ(calibration.formatWord(), 0);

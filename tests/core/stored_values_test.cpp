@@ -17,6 +17,7 @@ using testing::ElementsAre;
 constexpr std::uint8_t int16Type = 0x10;
 constexpr std::int32_t bufferLength = 8;
 constexpr double int16Scale = 2.1 / 65535;
+constexpr double untouched = 77.0;
 
 // Two channels: set n carries n counts in the first and 100 + n in the second, and n as its status.
 class StoredValues : public RecordTest {
@@ -44,12 +45,21 @@ class StoredValues : public RecordTest {
     }
 
     std::vector<int> readBlock(std::uint32_t channel) {
+        values.fill(untouched);
+        status.fill(0);
         EXPECT_EQ(readChannel(record, channel, values, count, status.data()), 1);
-        return countsOf(values, count);
+        EXPECT_EQ(bufferOf(record, channel - 1).count, 0);
+        return countsRead();
     }
 
     std::vector<int> readAllChannels() {
+        values.fill(untouched);
         EXPECT_EQ(readSets(record, values, count, status.data()), 1);
+        return countsRead();
+    }
+
+    std::vector<int> countsRead() const {
+        EXPECT_EQ(values[static_cast<std::size_t>(count)], untouched);
         return countsOf(values, count);
     }
 
@@ -66,6 +76,10 @@ TEST_F(StoredValues, OfAChannelAreReadInOrderWithTheirStatus) {
     takeSets(1, 7);
     EXPECT_THAT(readBlock(1), ElementsAre(1, 2, 3, 4, 5, 6, 7));
     EXPECT_THAT(std::span(status).first(8), ElementsAre(1, 2, 3, 4, 5, 6, 7, 0));
+    status[3] = 99;
+    takeSets(8, 10);
+    ASSERT_EQ(readChannel(record, 1, values, count, status.data()), 1);
+    EXPECT_EQ(status[3], 99U);
 }
 
 TEST_F(StoredValues, OfTheOtherChannelStayWhenOneIsRead) {

@@ -87,6 +87,7 @@ class Check(CalibrationTest):
 
     def test_a_file_that_is_not_there_is_a_failure(self):
         self.assert_failure(run("calibration", "check", self.sample("nowhere")), USAGE, "there is no such file")
+        self.assert_failure(run("calibration", "check", "."), USAGE, "or it cannot be read")
 
 
 class Load(CalibrationTest):
@@ -124,10 +125,10 @@ class Load(CalibrationTest):
         self.assertEqual(before, signals)
         lines = (SAMPLES / "version2-matrix.txt").read_text().replace("D", "e").replace("d", "e").splitlines()[:6]
         matrix = [[float(number) for number in line.split()] for line in lines]
-        # Input scale 2; the offset (0, 0, 9.5) makes torques of the lateral forces.
+        # Input scale 2; the offset (0, 0, 0.0095) makes torques of the lateral forces.
         forces = [sum(a * 2 * b for a, b in zip(row, signals)) for row in matrix]
-        expected = forces[:3] + [forces[3] - (0 * forces[2] - 9.5 * forces[1]),
-                                 forces[4] - (9.5 * forces[0] - 0 * forces[2]), forces[5]]
+        expected = forces[:3] + [forces[3] - (0 * forces[2] - 0.0095 * forces[1]),
+                                 forces[4] - (0.0095 * forces[0] - 0 * forces[2]), forces[5]]
         for got, wanted in zip(after, expected, strict=True):
             self.assertAlmostEqual(got, wanted, delta=1e-4 * abs(wanted))
 

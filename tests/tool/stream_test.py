@@ -110,7 +110,7 @@ class Faults(ToolTest):
             output, errors = process.communicate(timeout=60)
             self.assertEqual(process.returncode, VALUES_LOST)
         self.assertIn(b"values lost", errors)
-        self.assertRegex(errors.decode(), "torvik: 20000 sets, but there are losses\n  output: +[0-9]+ values gone")
+        self.assertRegex(errors.decode(), "torvik: 20000 sets, but there are losses\r?\n  output: +[0-9]+ values gone")
         numbers = [row[0] for row in rows(output.decode())]
         self.assertEqual(numbers, list(range(1, len(numbers) + 1)))
 

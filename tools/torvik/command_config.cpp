@@ -1,13 +1,14 @@
 #include <fmt/format.h>
 
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "command_line.h"
 #include "configuration.h"
 #include "connection.h"
+#include "read_text.h"
 
 namespace torvik::tool {
 
@@ -32,10 +33,7 @@ void writeConfigurationFile(const std::string& path, const std::string& text) {
 }
 
 std::string readConfigurationFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::string text;
-    if (file) text.assign(std::istreambuf_iterator<char>(file), {});
-    if (file && !file.bad()) return text;
+    if (auto text = readText(path)) return *std::move(text);
     throw Failure{.exitCode = ExitCode::usage,
                   .tried = fmt::format("reading the configuration file '{}'", path),
                   .reason = "there is no such file, or it cannot be read",

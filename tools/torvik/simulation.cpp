@@ -2,12 +2,12 @@
 
 #include <fmt/format.h>
 
-#include <fstream>
 #include <stdexcept>
 #include <type_traits>
 
 #include "failure.h"
 #include "platform/adapter_library.h"
+#include "read_text.h"
 #include "virtual_control.h"
 
 namespace torvik::tool {
@@ -17,7 +17,7 @@ namespace {
 constexpr const char* benchVariable = "TORVIK_VIRTUAL_BENCH";
 
 void checkReadable(const std::string& benchFile) {
-    if (std::ifstream(benchFile).is_open()) return;
+    if (readText(benchFile)) return;
     throw Failure{.exitCode = ExitCode::usage,
                   .tried = fmt::format("opening the bench file '{}'", benchFile),
                   .reason = "there is no such file, or it cannot be read",

@@ -4,13 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
-#include <iterator>
 #include <optional>
 
 #include "calib/ucf_parser.h"
 #include "failure.h"
 #include "parameters/unit_names.h"
+#include "read_text.h"
 
 namespace torvik::tool {
 
@@ -176,10 +175,8 @@ std::string counted(const CalibrationReport& report, FindingKind kind, std::stri
 }  // namespace
 
 CheckedFile checkFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::string text;
-    if (file) text.assign(std::istreambuf_iterator<char>(file), {});
-    if (!file || file.bad()) {
+    const std::optional<std::string> text = readText(path);
+    if (!text) {
         throw Failure{.exitCode = ExitCode::usage,
                       .tried = fmt::format("reading the calibration file '{}'", path),
                       .reason = "there is no such file, or it cannot be read",
@@ -187,7 +184,7 @@ CheckedFile checkFile(const std::string& path) {
     }
     CheckedFile checked;
     checkCalibrationFile(path.c_str(), checked.calibration, checked.report);
-    addUnreadLines(path, text, checked.report);
+    addUnreadLines(path, *text, checked.report);
     return checked;
 }
 
