@@ -1,0 +1,134 @@
+#!/usr/bin/python3
+"""Changes the library's code in one place at a time and looks whether a test notices: mutation.py BUILD_DIRECTORY [SHARE]
+
+Every place of the files below where an operator, a number or a condition can be changed gives one mutant; SHARE (1 unless
+told) of them are tried, evenly spread. A mutant that does not compile counts for nothing, one that hangs is noticed. Ends
+with the score; exit code 1 below 90 %.
+"""
+import concurrent.futures
+import glob
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+GOAL = 0.9
+LONGEST = 120
+
+# File, and the test programs that look at it.
+SUBJECTS = [
+    ("core/set_assembly.cpp", ["core"]),
+    ("core/measured_values.cpp", ["core"]),
+    ("params/convert_from_device.cpp", ["params"]),
+    ("core/transaction.cpp", ["core"]),
+    ("calib/ucf_parser.cpp", ["calibration_file"]),
+    ("calib/number_syntax.cpp", ["calibration_file"]),
+    ("filter/design_poles.cpp", ["filter"]),
+    ("params/device_filters.cpp", ["filter_exports"]),
+]
+PROGRAMS = {"core": "core/core_test", "params": "params/params_test", "filter": "filter/filter_test",
+            "calibration_file": "calib/calibration_file_test", "filter_exports": "filter/filter_exports_test"}
+
+# What stands in the code, and what takes its place.
+CHANGES = [
+    (r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" <= ", " < "), (r" > ", " >= "), (r" >= ", " > "),
+    (r" && ", " || "), (r" \|\| ", " && "), (r" \+ ", " - "), (r" - ", " + "), (r" \* (?=[\w(])", " / "),
+    (r" << ", " >> "), (r" >> ", " << "), (r" & ", " | "), (r" \| ", " & "), (r"\+\+(?=\w)", "--"), (r"--(?=\w)", "++"),
+    (r"\breturn true;", "return false;"), (r"\breturn false;", "return true;"),
+    (r"\bif \((?=[\w.:>-]+(\(\))?\) )", "if (!"), (r"\bif \(!(?=[\w.:>-]+(\(\))?\) )", "if ("),
+    (r"(?<![\w.'])(\d+)(?=[;,)\]} ])", lambda match: str(int(match[1]) + 1)),
+]
+
+
+def code_lines(text):
+    """Line number and line, where a change can matter: no includes, comments, assertions, hints, sizes or messages."""
+    for number, line in enumerate(text.split("\n")):
+        code = line.split("//")[0]
+        if code.strip() and not code.startswith(("#", "namespace", "using")) and not any(
+                word in code for word in ("static_assert", "__builtin_prefetch", "std::array<", '"')):
+            yield number, code
+
+
+def mutants_of(path):
+    """(line number, changed line) of every place that can be changed."""
+    for number, code in code_lines(path.read_text()):
+        for pattern, replacement in CHANGES:
+            for match in re.finditer(pattern, code):
+                changed = code[:match.start()] + re.sub(pattern, replacement, code[match.start():], count=1)
+                if changed != code and "template" not in code:
+                    yield number, changed
+
+
+class Build:
+    def __init__(self, directory):
+        self.directory = directory
+        self.environment = dict(os.environ, LD_LIBRARY_PATH=f"{directory}/virtual:{directory}")
+
+    def includes(self):
+        return ["-I", str(ROOT / "src"), "-I", str(ROOT / "src/platform/linux"), "-I", str(ROOT / "src/api")]
+
+    def compile(self, source, target):
+        command = ["g++", "-std=c++20", "-O1", "-w", "-fPIE", "-fno-gnu-unique", *self.includes(), "-c", source, "-o", target]
+        return subprocess.run(command, capture_output=True, check=False).returncode == 0
+
+    def link(self, program, changed, target):
+        folder, name = PROGRAMS[program].split("/")
+        objects = glob.glob(f"{self.directory}/tests/{folder}/CMakeFiles/{name}.dir/**/*.o", recursive=True)
+        libraries = [f"{self.directory}/src/libtorvik_core.a", *glob.glob(f"{self.directory}/virtual/*.so"),
+                     *(f"{self.directory}/lib/lib{library}.a" for library in ("gmock", "gtest", "gtest_main"))]
+        command = ["g++", "-o", target, *objects, changed, *libraries, "-lpthread", "-ldl"]
+        result = subprocess.run(command, capture_output=True, text=True, check=False)
+        if result.returncode != 0:
+            sys.exit(f"{name} does not link: {result.stderr[-2000:]}")
+
+    def passes(self, program):
+        try:
+            return subprocess.run([program, "--gtest_brief=1", "--gtest_fail_fast"], env=self.environment, cwd=os.path.dirname(program),
+                                  capture_output=True, timeout=LONGEST, check=False).returncode == 0
+        except subprocess.TimeoutExpired:
+            return False
+
+    def fate(self, subject, number, changed, programs):
+        """What becomes of a mutant: "stillborn", "noticed" or "SURVIVED"."""
+        lines = (ROOT / "src" / subject).read_text().split("\n")
+        if number is not None:
+            lines[number] = changed
+        with tempfile.TemporaryDirectory() as folder:
+            source, target, program = f"{folder}/changed.cpp", f"{folder}/changed.o", f"{folder}/test"
+            pathlib.Path(source).write_text("\n".join(lines))
+            if not self.compile(source, target):
+                return "stillborn"
+            for name in programs:
+                self.link(name, target, program)
+                if not self.passes(program):
+                    return "noticed"
+        return "SURVIVED"
+
+
+def main():
+    build = Build(pathlib.Path(sys.argv[1]).resolve())
+    share = float(sys.argv[2]) if len(sys.argv) > 2 else 1.0
+    for subject, programs in SUBJECTS:
+        if build.fate(subject, None, None, programs) != "SURVIVED":
+            sys.exit(f"the tests of {subject} fail without any change")
+    mutants = [(subject, number, changed, programs) for subject, programs in SUBJECTS
+               for number, changed in mutants_of(ROOT / "src" / subject)]
+    step = max(1, round(1 / share))
+    tried = mutants[step // 2::step]
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        fates = list(pool.map(lambda mutant: build.fate(*mutant), tried))
+    for (subject, number, changed, _), fate in zip(tried, fates):
+        if fate == "SURVIVED":
+            print(f"survived: src/{subject}:{number + 1}: {changed.strip()}")
+    noticed, survived = fates.count("noticed"), fates.count("SURVIVED")
+    score = noticed / max(1, noticed + survived)
+    print(f"{len(tried)} of {len(mutants)} mutants, {fates.count('stillborn')} stillborn, {noticed} noticed, {survived} survived:"
+          f" {100 * score:.1f} %")
+    return 0 if noticed > 0 and score >= GOAL else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
