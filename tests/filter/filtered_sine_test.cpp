@@ -142,7 +142,8 @@ class StreamedSines : public FilterExports, public testing::WithParamInterface<C
     }
 
     static double expectedAmplitude(int frequency) {
-        const auto& [characteristic, kind, protocol] = GetParam();
+        const auto& characteristic = GetParam().characteristic;
+        const auto& kind = GetParam().kind;
         const auto at = [&](double f) {
             return characteristic.amplitude(prototypeFrequency(kind, f), kind.prototypeOrder);
         };
