@@ -103,7 +103,7 @@ TEST_F(Report, TellsFilesThatAreNotThereWithTheSystemsCode) {
 
 TEST_F(Report, TellsWhatWouldEndALoadingOnlyAfterTheReading) {
     constexpr std::uint32_t parameterExceedance = 0x30000100;
-    const auto reading = [this](std::string_view key, std::string_view value) {
+    const auto reading = [](std::string_view key, std::string_view value) {
         return completeFile(4).set("SensorPara", key, value);
     };
     EXPECT_EQ(check(reading("sn", "123456789")), parameterExceedance);
