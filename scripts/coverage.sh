@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Which lines and branches of the library the tests run: at least 98 % and 95 %, or the exit code is 1. What is left out
-# stands in gcovr.cfg and, with its reason, beside the line. The page build/coverage/coverage.html shows every line.
+# stands in gcovr.cfg. The page build/coverage/coverage.html shows every line.
 #
 #   scripts/coverage.sh
 set -eu

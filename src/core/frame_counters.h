@@ -27,7 +27,7 @@ enum class FrameEnd : std::uint8_t {
     answerNotStored,  // the answers were locked for 10000 ms
     command,          // first data byte 0x80 or more
     wrongChannel,     // channel index 8..15
-    noChannelCount,   // came before the number of channels was known
+    noChannelCount,   // the number of channels is not known yet, or is not 1..8
     outsideSet,       // the first frame of its set is missing
     incompleteSet,    // the next set began before its own was complete
     brokenSet,        // another sequence number came within its set; that frame, too
@@ -49,7 +49,7 @@ struct FrameCounts {
     std::uint64_t setsReleased = 0;
     std::uint64_t sequenceJumps = 0;  // stored sets whose number does not follow that of the set stored before
     std::uint64_t setsMissing = 0;    // by the numbers of the sets stored before and after
-    std::uint64_t valuesStale = 0;    // stored again with a set that had no frame of their channel
+    std::uint64_t valuesStale = 0;    // stored again, because another frame took the place of theirs
     std::uint64_t valuesOverwritten = 0;
     std::uint64_t answersOverwritten = 0;
 
