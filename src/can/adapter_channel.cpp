@@ -112,6 +112,7 @@ std::uint8_t initAdapter(std::uint8_t deviceNo, std::uint8_t adapterType, std::u
     for (DeviceRecord& record : deviceTable())
         zeroRecord(record);
     libraryState.adapterOpen = false;
+    libraryState.callsGivenUp = false;
     libraryState.adapterType = adapterType;
     const std::optional<std::uint8_t> channel = channelOf(adapterType);
     if (!channel) {

@@ -17,10 +17,12 @@ namespace {
 
 constexpr std::chrono::milliseconds receiveWait(200);
 
-// Guards the start of the thread; its number tells a thread that was given up that another one has taken its place.
-constinit platform::Mutex startMutex;
-constinit platform::Condition startedCondition;
-constinit bool started GUARDED_BY(startMutex) = false;
+// What the current thread has reached, for those that wait for it. Its number tells a thread that was given up that it
+// is not the current one any more.
+enum class Phase : std::uint8_t { ended, starting, receiving };
+constinit platform::Mutex phaseMutex;
+constinit platform::Condition phaseChanged;
+constinit Phase phase GUARDED_BY(phaseMutex) = Phase::ended;
 constinit std::atomic<std::uint32_t> currentThread = 0;
 
 struct FaultRow {
@@ -135,19 +137,29 @@ PassResult drainPass(std::uint32_t thread) {
     return result;
 }
 
-void announceStart() {
+void announce(std::uint32_t thread, Phase reached) {
     {
-        platform::LockGuard lock(startMutex);
-        started = true;
+        platform::LockGuard lock(phaseMutex);
+        if (thread == currentThread) phase = reached;
     }
-    startedCondition.notifyAll();
+    phaseChanged.notifyAll();
 }
 
-void receiveThreadMain() {
-    const std::uint32_t thread = currentThread;
-    if (!libraryState.receiveEventSet) pcanEventOn();
-    pcanReset(libraryState.channelHandle);
-    announceStart();
+void giveUp() {
+    platform::LockGuard lock(phaseMutex);
+    ++currentThread;
+    phase = Phase::ended;
+}
+
+bool endsBy(platform::TimePoint deadline) {
+    platform::LockGuard lock(phaseMutex);
+    while (phase != Phase::ended) {
+        if (!phaseChanged.waitUntil(phaseMutex, deadline)) return phase == Phase::ended;
+    }
+    return true;
+}
+
+void receiveFrames(std::uint32_t thread) {
     std::uint32_t emptyFaults = 0;
     while (libraryState.threadRun && thread == currentThread) {
         libraryState.receiveEvent.wait(receiveWait, emptyFaults < 2);
@@ -155,6 +167,9 @@ void receiveThreadMain() {
         // An adapter that reports nothing but faults must not turn the wait into a busy loop.
         emptyFaults = pass.code == 0 || pass.anyFrame ? 0 : emptyFaults + 1;
     }
+}
+
+void takeEventBack(std::uint32_t thread) {
     if (thread != currentThread || !libraryState.receiveEventSet) return;
     if (const std::uint32_t status = pcanEventOff(); status == pcan::ok) {
         libraryState.receiveEventSet = false;
@@ -162,6 +177,16 @@ void receiveThreadMain() {
         debugPrint("Fehler beim Ruecksetzen des Events\n");
         printPcanError(status);
     }
+}
+
+void receiveThreadMain() {
+    const std::uint32_t thread = currentThread;
+    if (!libraryState.receiveEventSet) pcanEventOn();
+    pcanReset(libraryState.channelHandle);
+    announce(thread, Phase::receiving);
+    receiveFrames(thread);
+    takeEventBack(thread);
+    announce(thread, Phase::ended);
 }
 
 }  // namespace
@@ -172,21 +197,22 @@ std::uint8_t drainReceiveQueue() {
 
 bool startReceiveThread() {
     {
-        platform::LockGuard lock(startMutex);
-        started = false;
+        platform::LockGuard lock(phaseMutex);
+        ++currentThread;
+        phase = Phase::starting;
     }
-    ++currentThread;
     // Set before the thread starts: it looks at once.
     libraryState.threadRun = true;
     if (libraryState.receiveThread.start(receiveThreadMain) != 0) {
         libraryState.threadRun = false;
+        giveUp();
         return false;
     }
     // The thread's own reset of the adapter would otherwise swallow the first answer.
-    platform::LockGuard lock(startMutex);
+    platform::LockGuard lock(phaseMutex);
     const platform::TimePoint deadline = platform::systemNow() + mutexLimit;
-    while (!started && platform::systemNow() < deadline) {
-        startedCondition.waitFor(startMutex, std::chrono::milliseconds(100));
+    while (phase == Phase::starting && platform::systemNow() < deadline) {
+        phaseChanged.waitFor(phaseMutex, std::chrono::milliseconds(100));
     }
     return true;
 }
@@ -195,7 +221,13 @@ void stopReceiveThread(std::optional<std::chrono::milliseconds> limit) {
     if (!libraryState.receiveThread.exists()) return;
     libraryState.threadRun = false;
     libraryState.receiveEvent.wake();
-    if (!libraryState.receiveThread.join(limit)) ++currentThread;
+    if (!libraryState.receiveThread.join(limit)) giveUp();
+}
+
+void endReceiving(std::chrono::milliseconds limit) {
+    libraryState.threadRun = false;
+    // The thread is not woken: the event is the lifecycle lock's. It looks up of its own accord.
+    if (!endsBy(platform::clock().now() + limit)) giveUp();
 }
 
 }  // namespace torvik

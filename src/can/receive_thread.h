@@ -15,6 +15,10 @@ bool startReceiveThread() REQUIRES(lifecycleMutex);
 // Ends the thread, if there is one, and forgets it. Without a limit waits until it has ended.
 void stopReceiveThread(std::optional<std::chrono::milliseconds> limit) REQUIRES(lifecycleMutex);
 
+// For an unload during a call that hangs, maybe with the lifecycle lock: lets the thread end and waits until it has but
+// its last few instructions to run. It is not forgotten; after the limit what it still reads belongs to nobody.
+void endReceiving(std::chrono::milliseconds limit);
+
 // Reads frame after frame until the queue is empty. Result: 0; 225 when an adapter fault ended the pass.
 std::uint8_t drainReceiveQueue();
 

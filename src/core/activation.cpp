@@ -8,6 +8,7 @@
 
 #include "can/adapter_channel.h"
 #include "can/pcan_api.h"
+#include "can/receive_thread.h"
 #include "core/ask.h"
 #include "core/call_control.h"
 #include "core/device_setup.h"
@@ -197,9 +198,9 @@ bool anyCallInside() {
 
 // False: the limit was over first.
 bool allCallsLeft(std::chrono::milliseconds limit) {
-    const platform::TimePoint deadline = platform::systemNow() + limit;
+    const platform::TimePoint deadline = platform::clock().now() + limit;
     const auto left = [&](CallGate& gate) {
-        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(deadline - platform::systemNow());
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(deadline - platform::clock().now());
         return gate.waitUntilLeft(0, std::max(rest, std::chrono::milliseconds(0)));
     };
     return left(libraryGate) &&
@@ -217,12 +218,18 @@ void shutDown() {
     const bool anyoneInside = anyCallInside();
     for (DeviceRecord& record : deviceTable())
         wakeCalls(record);
-    // A call that the adapter library does not let go cannot be waited for without end.
-    if (allCallsLeft(mutexLimit)) {
+    // A call that the adapter library does not let go cannot be waited for without end, and not again at the second of
+    // two ends: Linux has one of the library and one before the adapter library's.
+    const bool left = allCallsLeft(libraryState.callsGivenUp ? std::chrono::milliseconds(0) : mutexLimit);
+    libraryState.callsGivenUp = !left;
+    if (left) {
         const platform::LockGuard lock(lifecycleMutex);
         releaseAdapter(false);
+    } else {
+        endReceiving(mutexLimit);
     }
-    // A call that is no longer counted still has to return from the library's code, which is unmapped next.
+    // A call that is no longer counted still has to return from the library's code, which is unmapped next; so has the
+    // receive thread that has been ended during a call.
     if (anyoneInside) platform::sleepFor(returnTime);
     for (DeviceRecord& record : deviceTable())
         endExclusion(record);

@@ -17,11 +17,10 @@ void CallGate::waitUntilLeft(std::uint32_t own) {
 }
 
 bool CallGate::waitUntilLeft(std::uint32_t own, std::chrono::milliseconds limit) {
-    const platform::TimePoint deadline = platform::systemNow() + limit;
+    const platform::TimePoint deadline = platform::clock().now() + limit;
     platform::LockGuard lock(leavingMutex);
     while (inside_.load() > own) {
-        if (platform::systemNow() >= deadline) return false;
-        someoneLeft.waitFor(leavingMutex, std::chrono::milliseconds(100));
+        if (!someoneLeft.waitUntil(leavingMutex, deadline)) return inside_.load() <= own;
     }
     return true;
 }

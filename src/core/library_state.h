@@ -40,6 +40,7 @@ struct LibraryState {
     std::atomic<std::int32_t> valueBufferLength = 0;
     std::atomic<std::uint8_t> initialisedDevices = 0;
     std::atomic<bool> threadRun = false;
+    std::atomic<bool> callsGivenUp = false;  // by an unload, since the adapter was opened
     std::atomic<std::uint8_t> adapterType = 0;
     std::atomic<std::uint32_t> lastProtocolError = 0;
     std::atomic<std::uint32_t> lastProtocolErrorDevice = 0;

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <future>
 #include <thread>
 
 #include "can/adapter_event.h"
 #include "can/receive_thread.h"
+#include "core/activation.h"
+#include "core/transaction.h"
 #include "support/adapter_test.h"
 #include "support/test_clock.h"
 
@@ -215,6 +218,92 @@ TEST_F(StuckReceiveThread, DoesNotReportAFaultThatItReadsAfterwards) {
     adapter.queueStatus(0x80);
     letItGo();
     EXPECT_EQ(lastErrorOf(0), 0U);
+}
+
+// A call whose frame the adapter's driver does not take.
+class UnloadDuringHungCall : public AdapterClosing {
+  protected:
+    void SetUp() override {
+        AdapterClosing::SetUp();
+        ASSERT_EQ(open(), 0);
+        DeviceRecord& record = activate(deviceNo);
+        adapter.onWrite([this](const PcanMessage&) {
+            writing_.set_value();
+            released_.get_future().wait();
+        });
+        call_ = std::async(std::launch::async, [&record] {
+            const Visit visit(record.gate);
+            return sendCommand(deviceNo, Command::mode, {});
+        });
+        writing_.get_future().wait();
+    }
+
+    void TearDown() override {
+        if (call_.valid()) letTheCallGo();
+        adapter.onWrite(nullptr);
+        AdapterClosing::TearDown();
+    }
+
+    void letTheCallGo() {
+        released_.set_value();
+        EXPECT_EQ(call_.get(), 0);
+    }
+
+    // Only the time for the calls passes.
+    void unload() {
+        auto unloading = std::async(std::launch::async, shutDown);
+        EXPECT_TRUE(clock.untilWaiting());
+        clock.advanceToEarliestDeadline();
+        unloading.get();
+    }
+
+    void unloadWhileReadingHangsToo() {
+        adapter.holdReads();
+        EXPECT_TRUE(adapter.untilReadIsHeld());
+        runWithTimeouts(clock, [] {
+            shutDown();
+            return true;
+        });
+    }
+
+    TestClock clock;
+
+  private:
+    std::promise<void> writing_;
+    std::promise<void> released_;
+    std::future<std::uint8_t> call_;
+};
+
+TEST_F(UnloadDuringHungCall, EndsTheReceiveThreadOnceTheCallIsGivenUp) {
+    ASSERT_EQ(eventsTakenBack(), 0U);
+    unload();
+    // The last thing that the thread does.
+    EXPECT_EQ(eventsTakenBack(), 1U);
+    EXPECT_EQ(clock.elapsed(), std::chrono::seconds(10));
+}
+
+TEST_F(UnloadDuringHungCall, GivesAReceiveThreadUpThatHangsAsWell) {
+    unloadWhileReadingHangsToo();
+    EXPECT_EQ(clock.elapsed(), std::chrono::seconds(20));
+    adapter.queueFrame(0x101, {0x40});
+    adapter.releaseReads();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(deviceRecord(deviceNo).answerCount, 0U);
+    EXPECT_EQ(eventsTakenBack(), 0U);
+}
+
+TEST_F(UnloadDuringHungCall, DoesNotWaitForTheCallASecondTime) {
+    unload();
+    shutDown();
+    EXPECT_EQ(clock.elapsed(), std::chrono::seconds(10));
+}
+
+TEST_F(UnloadDuringHungCall, LeavesTheNextOpeningUsable) {
+    unload();
+    letTheCallGo();
+    close();
+    ASSERT_EQ(open(), 0);
+    EXPECT_TRUE(frameArrives());
 }
 
 }  // namespace
