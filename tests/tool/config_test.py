@@ -139,6 +139,12 @@ class Load(ConfigTest):
         self.write("[device]\nanalogue-filter = 65536\n")
         self.assert_failure(run("config", "load", self.file), USAGE, "config.toml:2:", "0..65535")
 
+    def test_a_number_that_is_not_finite_is_refused_before_the_device_is_opened(self):
+        self.write("[channel.1]\nuser-scale = inf\n")
+        for verb in ("load", "diff"):
+            self.assert_failure(run("config", verb, self.file), USAGE, "config.toml:2:14: inf is no value for user-scale",
+                                "give a finite number")
+
     def test_a_missing_file_is_told(self):
         self.assert_failure(run("config", "load", self.file), USAGE, "there is no such file")
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 #include "failure.h"
@@ -82,6 +83,18 @@ TEST(ConfigurationFile, ValuesOutsideTheirRangeAreRefused) {
     EXPECT_NE(reasonFor("[channel.1]\ninput-type = 256\n").find("0..255"), std::string::npos);
     EXPECT_NE(reasonFor("[channel.1]\ninput-range = -1.0\n").find("no value for input-range"), std::string::npos);
     EXPECT_NE(reasonFor("[channel.1]\nunit = \"furlong\"\n").find("torvik units"), std::string::npos);
+}
+
+TEST(ConfigurationFile, NumbersThatAreNotFiniteAreRefused) {
+    EXPECT_EQ(reasonFor("[channel.1]\nuser-scale = nan\n"),
+              "file.toml:2:14: nan is no value for user-scale: give a finite number up to 3.4e38");
+    EXPECT_NE(reasonFor("[device]\nsampling-frequency = -inf\n").find("-inf is no value"), std::string::npos);
+}
+
+TEST(ConfigurationFile, WhatADeviceHoldsCanBeLoadedUnlessItIsNotFinite) {
+    EXPECT_TRUE(canBeLoaded(item("user-scale", {1, 0}, Value(0.5))));
+    EXPECT_TRUE(canBeLoaded(item("unit", {1, 0}, Value(std::string("kN")))));
+    EXPECT_FALSE(canBeLoaded(item("user-scale", {1, 0}, Value(std::nan("")))));
 }
 
 TEST(ConfigurationFile, ValuesOfAnotherKindAreRefused) {

@@ -45,11 +45,17 @@ TEST(ParameterValue, NumbersTooLargeForSinglePrecisionAreRefused) {
     EXPECT_EQ(roundTrip(ValueKind::single, unlimited, "4e38"), "refused");
 }
 
-TEST(ParameterValue, NumbersThatAreNonePassOnlyWithoutLimits) {
-    EXPECT_EQ(roundTrip(ValueKind::single, unlimited, "nan"), "nan");
-    EXPECT_EQ(roundTrip(ValueKind::single, unlimited, "-inf"), "-inf");
-    EXPECT_EQ(roundTrip(ValueKind::real, {0, 100}, "nan"), "refused");
-    EXPECT_EQ(roundTrip(ValueKind::real, {0, 100}, "inf"), "refused");
+TEST(ParameterValue, NumbersThatAreNotFiniteAreRefused) {
+    for (const char* const text : {"nan", "-nan", "nan(7)", "inf", "-inf", "infinity", "1e999"}) {
+        EXPECT_EQ(roundTrip(ValueKind::single, unlimited, text), "refused") << text;
+        EXPECT_EQ(roundTrip(ValueKind::real, unlimited, text), "refused") << text;
+        EXPECT_EQ(roundTrip(ValueKind::real, {0, Limits{}.largest}, text), "refused") << text;
+    }
+}
+
+TEST(ParameterValue, WhatMayBeWrittenIsToldAsFinite) {
+    EXPECT_EQ(allowedValues(ValueKind::single, unlimited), "a finite number up to 3.4e38");
+    EXPECT_EQ(allowedValues(ValueKind::real, unlimited), "a finite number");
 }
 
 TEST(ParameterValue, ADecimalCommaIsRefused) {

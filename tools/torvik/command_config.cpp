@@ -60,9 +60,20 @@ std::string joinedLines(const std::vector<std::string>& lines) {
     return text;
 }
 
+void leaveOutWhatCannotBeLoaded(std::vector<ConfigurationItem>& items) {
+    std::erase_if(items, [](const ConfigurationItem& item) {
+        if (canBeLoaded(item)) return false;
+        printMessage(fmt::format("torvik: {} is not saved: the device holds {}, which it cannot be set to\n",
+                                 describePlace(*item.parameter, item.place),
+                                 valueText(item.parameter->kind, item.value)));
+        return true;
+    });
+}
+
 ExitCode saveConfig(Session& session, const ConnectionOptions& options, const ConfigRequest& request) {
     const Connection connection(options);
-    const auto items = readConfiguration(session, connection, request.identifiers);
+    auto items = readConfiguration(session, connection, request.identifiers);
+    leaveOutWhatCannotBeLoaded(items);
     if (request.file == standardOutput) {
         writeData(session, configurationText(items));
         return ExitCode::success;

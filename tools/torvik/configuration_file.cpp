@@ -129,10 +129,16 @@ class ConfigurationReader {
         }
         const auto value = valueOf(parameter, node);
         if (!value) {
-            fail(node.source(),
-                 fmt::format("no value for {}: {}", parameter.name, allowedValues(parameter.kind, parameter.limits)));
+            fail(node.source(), fmt::format("{} is no value for {}: give {}", textOf(node), parameter.name,
+                                            allowedValues(parameter.kind, parameter.limits)));
         }
         items_.push_back({&parameter, *place, *value});
+    }
+
+    static std::string textOf(const toml::node& node) {
+        if (node.is_floating_point()) return valueText(ValueKind::real, Value(**node.as_floating_point()));
+        if (node.is_integer()) return valueText(ValueKind::whole, Value(std::int64_t{**node.as_integer()}));
+        return node.is_string() ? quotedToml(**node.as_string()) : "this";
     }
 
     /// Every value passes the check that the command line's values pass.
@@ -182,6 +188,11 @@ std::string configurationText(std::span<const ConfigurationItem> items) {
     for (const auto& [name, lines] : tables)
         fmt::format_to(std::back_inserter(text), "\n[{}]\n{}", name, lines);
     return text;
+}
+
+bool canBeLoaded(const ConfigurationItem& item) {
+    const Parameter& parameter = *item.parameter;
+    return parseValue(parameter.kind, parameter.limits, valueText(parameter.kind, item.value)).has_value();
 }
 
 std::vector<ConfigurationItem> parseConfiguration(std::string_view text, const std::string& fileName) {

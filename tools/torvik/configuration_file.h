@@ -20,6 +20,9 @@ struct ConfigurationItem {
 /// own name with the places as keys.
 std::string configurationText(std::span<const ConfigurationItem> items);
 
+/// Whether a file with this item could be loaded: devices may hold numbers that nothing can be set to, such as NaN.
+bool canBeLoaded(const ConfigurationItem& item);
+
 /// The items in the order in which they are to be written. Throws Failure with the line of a mistake.
 std::vector<ConfigurationItem> parseConfiguration(std::string_view text, const std::string& fileName);
 

@@ -28,17 +28,17 @@ std::optional<std::int64_t> parseWhole(std::string_view text) {
     return error == std::errc{} && stop == end ? std::optional(number) : std::nullopt;
 }
 
+/// Finite numbers only: a device that keeps NaN or infinity spoils every value that it makes with it.
 std::optional<double> parseReal(std::string_view text) {
     double number = 0;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc{} && stop == end ? std::optional(number) : std::nullopt;
+    const bool isNumber = error == std::errc{} && stop == end && std::isfinite(number);
+    return isNumber ? std::optional(number) : std::nullopt;
 }
 
-/// A number that is none passes where there are no limits: devices keep such numbers, too.
 bool isWithin(double number, Limits limits) {
-    const bool unlimited = std::isinf(limits.smallest) && std::isinf(limits.largest);
-    return std::isnan(number) ? unlimited : number >= limits.smallest && number <= limits.largest;
+    return number >= limits.smallest && number <= limits.largest;
 }
 
 bool fitsSingle(double number) {
@@ -129,7 +129,8 @@ std::string allowedValues(ValueKind kind, Limits limits) {
     if (std::isfinite(limits.largest)) {
         return fmt::format("{}..{}", shortest(limits.smallest), shortest(limits.largest));
     }
-    return std::isfinite(limits.smallest) ? fmt::format("{} and more", shortest(limits.smallest)) : "a number";
+    if (std::isfinite(limits.smallest)) return fmt::format("{} and more", shortest(limits.smallest));
+    return kind == ValueKind::single ? "a finite number up to 3.4e38" : "a finite number";
 }
 
 }  // namespace torvik::tool

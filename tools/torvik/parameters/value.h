@@ -26,7 +26,8 @@ struct Limits {
     double largest = std::numeric_limits<double>::infinity();  ///< of a text: its length
 };
 
-/// Reads a value as it stands on the command line. None: it is not of this kind, or outside the limits.
+/// Reads a value as it stands on the command line. None: it is not of this kind, outside the limits, or
+/// not finite.
 std::optional<Value> parseValue(ValueKind kind, Limits limits, std::string_view text);
 
 /// The value as `get` prints it and parseValue takes it.
@@ -35,7 +36,7 @@ std::string valueText(ValueKind kind, const Value& value);
 /// Whether a device that was sent one value and tells the other holds what it was sent.
 bool sameValue(ValueKind kind, const Value& left, const Value& right);
 
-/// What may be written, in words: "0..255", "a number", ...
+/// What may be written, in words: "0..255", "a finite number", ...
 std::string allowedValues(ValueKind kind, Limits limits);
 
 }  // namespace torvik::tool
