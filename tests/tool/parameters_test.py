@@ -110,7 +110,9 @@ class Get(ParameterTest):
         self.assert_failure(simulated("get", "serial-number", "1"), USAGE)
 
     def test_what_can_only_be_written_is_refused(self):
-        self.assert_failure(simulated("get", "blocking"), USAGE, "only be written")
+        self.assert_failure(simulated("get", "blocking"), USAGE, "only be written", "torvik set blocking VALUE\n")
+        self.assert_failure(simulated("get", "output-value", "1"), USAGE, "only be written",
+                            "torvik set output-value PLACE VALUE, where the place is channel 1..8, or 'all'\n")
 
 
 class Set(ParameterTest):
@@ -179,9 +181,29 @@ class Set(ParameterTest):
             with self.subTest(words=words):
                 self.assert_failure(run("set", *words), USAGE, f"'{words[-1]}' is no value")
 
+    def test_numbers_that_are_not_finite_are_refused_without_a_device(self):
+        for words in (("user-scale", "1", "nan"), ("user-scale", "all", "inf"), ("output-offset", "1", "infinity"),
+                      ("sampling-frequency", "nan")):
+            with self.subTest(words=words):
+                self.assert_failure(run("set", *words), USAGE, f"'{words[-1]}' is no value", "give a finite number")
+
     def test_a_channel_that_is_missing_or_too_much_is_refused(self):
         self.assert_failure(run("set", "user-scale", "2"), USAGE, "'all'")
         self.assert_failure(run("set", "serial-number", "1", "2"), USAGE)
+
+    def test_help_tells_its_words_one_by_one(self):
+        result = run("set", "--help")
+        self.assert_ended(result, SUCCESS)
+        self.assertIn("\nUsage: torvik set [OPTIONS] PARAMETER [PLACE] VALUE\n", result.stdout)
+        for word in ("PARAMETER REQUIRED", "PLACE", "VALUE REQUIRED"):
+            self.assertRegex(result.stdout, f"(?m)^  {word}  +[a-z]")
+
+    def test_words_that_are_missing_are_told(self):
+        self.assert_failure(run("set", "user-scale"), USAGE,
+                            "torvik set user-scale PLACE VALUE, where the place is channel 1..8, or 'all'")
+        result = run("set")
+        self.assert_ended(result, USAGE)
+        self.assertIn("PARAMETER is required", result.stderr)
 
     def test_what_can_only_be_read_is_refused(self):
         self.assert_failure(run("set", "firmware-version", "1"), USAGE, "only be read")

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -83,11 +84,22 @@ void getAll(Session& session, const Connection& connection, const Parameter& par
     writeData(session, lines);
 }
 
+std::string_view orAll(const Parameter& parameter) {
+    return parameter.places.oneForEachChannel() ? ", or 'all'" : "";
+}
+
+/// How the parameter is set: "torvik set mode VALUE".
+std::string usageOfSet(const Parameter& parameter) {
+    if (parameter.places.single()) return fmt::format("torvik set {} VALUE", parameter.name);
+    return fmt::format("torvik set {} PLACE VALUE, where the place is {}{}", parameter.name,
+                       allowedPlaces(parameter.places), orAll(parameter));
+}
+
 ExitCode runGet(Session& session, const ConnectionOptions& options, const GetRequest& request) {
     const Parameter& parameter = parameterNamed("reading", request.name);
     if (parameter.read == nullptr) {
         failUsage(fmt::format("reading {}", request.name), "it can only be written",
-                  fmt::format("torvik set {} VALUE", request.name));
+                  fmt::format("to write it: {}", usageOfSet(parameter)));
     }
     const bool all = request.place.empty() && !parameter.places.single();
     if (!request.place.empty() && parameter.places.single()) {
@@ -106,25 +118,17 @@ ExitCode runGet(Session& session, const ConnectionOptions& options, const GetReq
     return ExitCode::success;
 }
 
-/// NAME VALUE, or NAME PLACE VALUE.
 struct SetRequest {
     const Parameter* parameter;
     Place place;
     Value value;
 };
 
-std::string_view orAll(const Parameter& parameter) {
-    return parameter.places.oneForEachChannel() ? ", or 'all'" : "";
-}
-
 void checkWordCount(const Parameter& parameter, std::size_t count) {
     const bool single = parameter.places.single();
     if (count == (single ? 2U : 3U)) return;
     failUsage(fmt::format("setting {}", parameter.name),
-              single ? "it takes a value and no channel" : "it takes a place and a value",
-              single ? fmt::format("torvik set {} VALUE", parameter.name)
-                     : fmt::format("torvik set {} PLACE VALUE, where the place is {}{}", parameter.name,
-                                   allowedPlaces(parameter.places), orAll(parameter)));
+              single ? "it takes a value and no place" : "it takes a place and a value", usageOfSet(parameter));
 }
 
 Place placeToSet(const Parameter& parameter, const std::string& text) {
@@ -181,13 +185,34 @@ ExitCode runSet(const ConnectionOptions& options, const std::vector<std::string>
     return ExitCode::success;
 }
 
+/// The parser takes the words of `set` together, because the place is the one in the middle that may be missing.
+class SetHelp : public CLI::Formatter {
+  public:
+    std::string make_option_usage(const CLI::Option* /*words*/) const override { return "PARAMETER [PLACE] VALUE"; }
+
+    std::string make_positionals(const CLI::App* /*command*/) const override {
+        std::ostringstream help;
+        help << "\n" << get_label("Positionals") << ":\n";
+        const auto line = [&](const std::string& word, const std::string& meaning) {
+            CLI::detail::format_help(help, word, meaning, get_column_width());
+        };
+        line("PARAMETER REQUIRED", "the parameter: 'torvik list' names them");
+        line("PLACE", "the channel, index or pair; or 'all' channels; none where 'torvik list' tells no place");
+        line("VALUE REQUIRED", "what it is set to: 'torvik list' tells what may be written");
+        return help.str();
+    }
+};
+
 }  // namespace
 
 void addGetCommand(CommandLine& commandLine) {
-    CLI::App* const command = commandLine.app.add_subcommand("get", "read one of the parameters that list tells");
+    CLI::App* const command =
+        commandLine.app.add_subcommand("get", "read one of the parameters that 'torvik list' names");
     const auto request = std::make_shared<GetRequest>();
-    command->add_option("NAME", request->name, "the parameter")->required()->type_name("");
-    command->add_option("CHANNEL", request->place, "the channel, index or pair; none: all of them")->type_name("");
+    command->add_option("PARAMETER", request->name, "the parameter: 'torvik list' names them")
+        ->required()
+        ->type_name("");
+    command->add_option("PLACE", request->place, "the channel, index or pair; none: all of them")->type_name("");
     addConnectionOptions(*command, commandLine.connection);
     command->callback([&commandLine, request] {
         commandLine.action = [&commandLine, request](Session& session) {
@@ -198,12 +223,12 @@ void addGetCommand(CommandLine& commandLine) {
 
 void addSetCommand(CommandLine& commandLine) {
     CLI::App* const command =
-        commandLine.app.add_subcommand("set", "write one of the parameters that list tells, and read it back");
+        commandLine.app.add_subcommand("set", "write one of the parameters that 'torvik list' names, and read it back");
     const auto words = std::make_shared<std::vector<std::string>>();
-    command->add_option("WORDS", *words, "NAME VALUE, or NAME CHANNEL VALUE; the channel may be 'all'")
-        ->required()
-        ->expected(2, 3)
-        ->type_name("");
+    const auto help = std::make_shared<SetHelp>();
+    help->column_width(command->get_formatter()->get_column_width());
+    command->formatter(help);
+    command->add_option("PARAMETER", *words)->required()->expected(1, 3)->type_name("");
     addConnectionOptions(*command, commandLine.connection);
     command->callback([&commandLine, words] {
         commandLine.action = [&commandLine, words](Session&) { return runSet(commandLine.connection, *words); };
