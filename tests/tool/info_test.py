@@ -12,6 +12,11 @@ class Info(ToolTest):
             self.assertRegex(result.stdout, f"(?m)^{line}$")
         self.assertEqual(result.stderr, "")
 
+    def test_tells_serial_number_and_firmware_version(self):
+        result = run("info", "--simulate", self.bench("[[amplifier]]\nserial = 4711\nfirmware = 0x0003002F\n"))
+        self.assertRegex(result.stdout, r"(?m)^Serial number +4711$")
+        self.assertRegex(result.stdout, r"(?m)^Firmware version +3\.47 \(0x0003002F\)$")
+
     def test_options_may_stand_before_the_command(self):
         self.assertEqual(run("--simulate", "info").stdout, run("info", "--simulate").stdout)
 

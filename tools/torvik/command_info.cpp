@@ -64,10 +64,17 @@ void describeSetUp(InfoPage& page, const ConnectionOptions& options) {
 
 void describeIdentity(InfoPage& page, const Connection& connection) {
     constexpr std::uint8_t identCount = 4;
+    std::uint32_t serial = 0;
+    std::int32_t result = TORVIKgetSerialNo(connection.deviceNo(), &serial);
+    page.answer("Serial number", result, fmt::format("{}", serial));
+    std::uint32_t firmware = 0;
+    result = TORVIKgetFirmwareVersion(connection.deviceNo(), &firmware);
+    page.answer("Firmware version", result,
+                fmt::format("{}.{} (0x{:08X})", firmware >> 16, firmware & 0xFFFF, firmware));
     page.line("Channels", fmt::format("{}", connection.channelCount()));
     for (std::uint8_t index = 0; index < identCount; ++index) {
         std::uint32_t ident = 0;
-        const std::int32_t result = TORVIKgetInterfaceIdent(connection.deviceNo(), index, &ident);
+        result = TORVIKgetInterfaceIdent(connection.deviceNo(), index, &ident);
         page.answer(fmt::format("Interface ident {}", index), result, numberText(ident));
     }
 }
