@@ -34,7 +34,16 @@ TEST(LiveTable, ShowsRateAndBufferFill) {
     LiveTable table = tableOf(2);
     table.add(SampleBatch({1, 2, 3, 4}, 2).batch(25), 2.0);
     EXPECT_THAT(table.lines(wideTerminal),
-                testing::Contains("1 sets/s, 2 values/s | 2 sets in 2.0 s | buffer 25 of 100 (25.0 %)"));
+                testing::Contains("1.0 sets/s, 2.0 values/s | 2 sets in 2.0 s | buffer 25 of 100 (25.0 %)"));
+}
+
+TEST(LiveTable, TheRateOfTheValuesIsThatOfTheSetsAsItStandsTimesTheChannels) {
+    LiveTable table = tableOf(2);
+    table.add(SampleBatch(std::vector<double>(402, 1.0), 2).batch(), 2.0);
+    EXPECT_THAT(table.lines(wideTerminal).back(), StartsWith("101 sets/s, 202 values/s |"));
+    LiveTable slow = tableOf(6);
+    slow.add(SampleBatch(std::vector<double>(6, 1.0), 6).batch(), 3.0);
+    EXPECT_THAT(slow.lines(wideTerminal).back(), StartsWith("0.3 sets/s, 1.8 values/s |"));
 }
 
 TEST(LiveTable, BarsGrowFromTheMiddleOnACommonScale) {

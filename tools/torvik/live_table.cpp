@@ -22,6 +22,15 @@ std::string valueText(double value) {
     return fmt::format("{:>+13.6f}", value);
 }
 
+/// The rate of the values is made of the rounded one of the sets, so that the two agree as they stand.
+std::string rateText(double setsPerSecond, std::size_t channels) {
+    const int decimals = setsPerSecond < 10.0 ? 1 : 0;
+    const double step = decimals == 1 ? 10.0 : 1.0;
+    const double rounded = std::round(setsPerSecond * step) / step;
+    return fmt::format("{:.{}f} sets/s, {:.{}f} values/s", rounded, decimals, rounded * static_cast<double>(channels),
+                       decimals);
+}
+
 }  // namespace
 
 double roundScaleUp(double magnitude) {
@@ -119,9 +128,8 @@ std::vector<std::string> LiveTable::lines(int columns) const {
         text.push_back(channelLine(channel, fullBar, barWidth));
     }
     const double fill = 100.0 * static_cast<double>(waiting_) / static_cast<double>(bufferSize_);
-    text.push_back(fmt::format("{:.0f} sets/s, {:.0f} values/s | {} sets in {:.1f} s | buffer {} of {} ({:.1f} %)",
-                               rate_, rate_ * static_cast<double>(channels_.size()), sets_, seconds_, waiting_,
-                               bufferSize_, fill));
+    text.push_back(fmt::format("{} | {} sets in {:.1f} s | buffer {} of {} ({:.1f} %)",
+                               rateText(rate_, channels_.size()), sets_, seconds_, waiting_, bufferSize_, fill));
     if (!notice_.empty()) text.push_back(notice_);
     return text;
 }
