@@ -126,8 +126,19 @@ TEST(FilterAnalysis, DevicesHoldCoefficientsInTheirNumberFormat) {
 
 TEST(FilterAnalysis, ImpossibleCutoffsAreRefusedWithTheDesignersCode) {
     EXPECT_EQ(codeOfDesign(0.01), 0x30000209U);
-    EXPECT_NE(codeOfDesign(std::numeric_limits<double>::quiet_NaN()), 0U);
     EXPECT_EQ(codeOfDesign(100), 0U);
+}
+
+TEST(FilterAnalysis, CutoffsOutsideTheBandAreRefusedForLyingThere) {
+    for (const double cutoff : {0.0, -5.0, fs, std::numeric_limits<double>::quiet_NaN()}) {
+        try {
+            lowPass(cutoff);
+            ADD_FAILURE() << cutoff << " gave a design";
+        } catch (const Failure& failure) {
+            EXPECT_FALSE(failure.error) << "its meaning would be another";
+            EXPECT_THAT(failure.reason, HasSubstr("does not lie between 0 and half the sampling frequency, 500 Hz"));
+        }
+    }
 }
 
 TEST(FilterAnalysis, UnstableDesignsAreWarnedOf) {

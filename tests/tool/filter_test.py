@@ -90,6 +90,13 @@ class Design(ToolTest):
         self.assert_failure(result, USAGE, "0x30000209", "choose a higher cut-off frequency")
         self.assertEqual(result.stdout, "")
 
+    def test_cutoffs_that_are_none_are_told_as_such(self):
+        for cutoff in ("0", "-5", "nan", "1000"):
+            result = run("filter", "design", "lowpass", "butterworth", cutoff, "--rate", "1000")
+            self.assert_failure(result, USAGE, "does not lie between 0 and half the sampling frequency, 500 Hz (code 0x3",
+                                "give cut-off frequencies above 0 and below 500 Hz")
+            self.assertNotIn("higher cut-off", result.stderr)
+
     @not_under_wine
     def test_odd_cutoffs_end_with_a_result_or_a_code(self):
         for f1, f2 in (("nan", "5"), ("inf", "5"), ("0", "5"), ("5", "5"), ("7", "5"), ("5", "1e300")):
@@ -112,7 +119,10 @@ class Design(ToolTest):
             self.assertEqual(result.stdout, "")
 
     def test_without_a_rate_a_device_is_needed(self):
-        self.assert_failure(run("filter", "design", "lowpass", "bessel", "5"), NO_ADAPTER, "--simulate")
+        for result in (run("filter", "design", "lowpass", "bessel", "5"),
+                       run("filter", "plot", self.path("low.png"), "lowpass", "bessel", "5")):
+            self.assert_failure(result, NO_ADAPTER, "without --rate", "give the sampling frequency with --rate HZ",
+                                "or --simulate")
 
 
 class Plot(ToolTest):

@@ -35,13 +35,27 @@ struct DesignForDevice {
     std::string source;
 };
 
+/// Opens the device whose sampling frequency is wanted; a failure tells that none is needed.
+void openForRate(std::optional<Connection>& device, const ConnectionOptions& connection) {
+    try {
+        device.emplace(connection);
+    } catch (Failure& failure) {
+        if (failure.exitCode == ExitCode::usage) throw;
+        failure.reason = "without --rate the filter is designed for the sampling frequency of a device";
+        failure.advice =
+            "give the sampling frequency with --rate HZ, and no device is needed; or reach a device, "
+            "or --simulate one";
+        throw;
+    }
+}
+
 std::unique_ptr<DesignForDevice> makeDesign(const RequestOptions& options, const ConnectionOptions& connection) {
     const FilterRequest request = options.checked();
     auto made = std::make_unique<DesignForDevice>();
     double fs = options.rate;
     made->source = "given";
     if (fs == 0) {
-        made->connection.emplace(connection);
+        openForRate(made->connection, connection);
         fs = samplingFrequencyOf(*made->connection);
         made->source = "of the device";
     }

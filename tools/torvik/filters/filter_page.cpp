@@ -76,13 +76,9 @@ std::vector<std::string> designWarnings(const FilterDesign& design) {
             "the filter is unstable in the device: its number format moves a pole out of the unit "
             "circle");
     }
-    const double half = design.fs / 2;
-    const FilterRequest& request = design.request;
-    if (!(request.f1 > 0 && request.f1 < half) || (request.isBand() && !(request.f2 > 0 && request.f2 < half)))
-        warnings.push_back(
-            fmt::format("a cut-off frequency does not lie between 0 and half the sampling frequency, "
-                        "{} Hz",
-                        half));
+    if (!cutoffsAreInBand(design.request, design.fs))
+        warnings.push_back(fmt::format(
+            "a cut-off frequency does not lie between 0 and half the sampling frequency, {} Hz", design.fs / 2));
     return warnings;
 }
 

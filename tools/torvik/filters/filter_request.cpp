@@ -43,6 +43,32 @@ double heldCoefficient(double coefficient, std::uint32_t protocolKind) {
     return std::copysign((magnitude < largest ? magnitude : largest) / scale, coefficient);
 }
 
+bool cutoffsAreInBand(const FilterRequest& request, double fs) {
+    const auto inBand = [fs](double cutoff) { return cutoff > 0 && cutoff < fs / 2; };
+    return inBand(request.f1) && (!request.isBand() || inBand(request.f2));
+}
+
+namespace {
+
+/// The designer's code alone would blame a cut-off frequency that is none for being a little too low.
+Failure designFailure(const FilterRequest& request, double fs, std::uint32_t code) {
+    Failure failure{
+        .exitCode = ExitCode::usage,
+        .tried = fmt::format("designing a {}, at a sampling frequency of {} Hz,", requestText(request), fs)};
+    if (cutoffsAreInBand(request, fs)) {
+        failure.error = LibraryError{.code = code, .text = errorText(code)};
+    } else {
+        failure.reason = fmt::format(
+            "a cut-off frequency does not lie between 0 and half the sampling frequency, {} Hz "
+            "(code 0x{:X})",
+            fs / 2, code);
+        failure.advice = fmt::format("give cut-off frequencies above 0 and below {} Hz", fs / 2);
+    }
+    return failure;
+}
+
+}  // namespace
+
 FilterDesign designRequest(const FilterRequest& request, double fs, std::uint32_t protocolKind) {
     constexpr std::array<std::uint32_t, 4> kindOptions{option::lowPass, option::highPass, option::bandPass,
                                                        option::bandStop};
@@ -59,12 +85,7 @@ FilterDesign designRequest(const FilterRequest& request, double fs, std::uint32_
     design.protocolKind = protocolKind;
     design.filter = std::make_unique<Dfilter>();
     const std::uint32_t code = designFilter(*design.filter, options, order, alphas);
-    if (code != filter_error::none) {
-        throw Failure{
-            .exitCode = ExitCode::usage,
-            .tried = fmt::format("designing a {}, at a sampling frequency of {} Hz,", requestText(request), fs),
-            .error = LibraryError{.code = code, .text = errorText(code)}};
-    }
+    if (code != filter_error::none) throw designFailure(request, fs, code);
     std::copy_n(design.filter->xCoefficients.begin(), design.designed.x.size(), design.designed.x.begin());
     std::copy_n(design.filter->yCoefficients.begin(), design.designed.y.size(), design.designed.y.begin());
     const auto hold = [protocolKind](double coefficient) { return heldCoefficient(coefficient, protocolKind); };

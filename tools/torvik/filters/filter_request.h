@@ -48,6 +48,9 @@ struct FilterDesign {
     Recurrence held;  ///< with the coefficients that a device's number format leaves
 };
 
+/// Whether every cut-off frequency lies between 0 and half the sampling frequency. Others may give a design, too.
+bool cutoffsAreInBand(const FilterRequest& request, double fs);
+
 /// Designs as the library does for a device. Throws Failure with the designer's code.
 FilterDesign designRequest(const FilterRequest& request, double fs, std::uint32_t protocolKind);
 
