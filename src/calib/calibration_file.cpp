@@ -82,6 +82,12 @@ std::optional<CalibrationDate> parseDate(std::string_view text) {
     return valid ? std::optional(date) : std::nullopt;
 }
 
+// With zeros in front up to so many digits; the number is not negative.
+std::string padded(std::int32_t number, std::size_t digits) {
+    const std::string text = std::to_string(number);
+    return std::string(digits - std::min(digits, text.size()), '0') + text;
+}
+
 // Of a number that has to be above 0.
 std::string_view faultOf(double value) {
     return value == noReal ? noNumber : "it has to be above 0";
@@ -306,8 +312,7 @@ class Reading {
         if (text) calibration_.date = parseDate(*text);
         const auto& date = calibration_.date;
         if (date) {
-            notes_.tell(
-                key, std::to_string(date->year) + "-" + std::to_string(date->month) + "-" + std::to_string(date->day));
+            notes_.tell(key, padded(date->year, 4) + "-" + padded(date->month, 2) + "-" + padded(date->day, 2));
         } else {
             notes_.tell(key, "the device's date stays", "no date");
         }

@@ -72,6 +72,11 @@ TEST_F(Report, TellsWhatIsNotTakenAsItStands) {
     EXPECT_EQ(findingOf("calibrationDate").reason, "no date");
 }
 
+TEST_F(Report, TellsADateWithAllItsDigits) {
+    EXPECT_EQ(check(completeFile(2).set("SensorPara", "calibrationDate", "7.3.2024")), 0U);
+    EXPECT_EQ(findingOf("calibrationDate").text, "2024-03-07");
+}
+
 TEST_F(Report, GoesOnBehindAProblem) {
     EXPECT_EQ(check("[ThisFile]\nVersion=2\n[SensorPara]\nOutScaleFactor=-1\nNxMax=1\nNyMax=abc\nNzMax=0\nNmXMax=1\n"),
               contentError);

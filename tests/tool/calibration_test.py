@@ -70,6 +70,11 @@ class Check(CalibrationTest):
         self.assertIn("version2-matrix.txt: row 5: the file has too few rows (code 0x30000108)\n", result.stdout)
         self.assertIn("(not read: is NxMax meant?)", result.stdout)
 
+    def test_a_date_is_told_with_all_its_digits(self):
+        result = run("calibration", "check", self.changed("version2", "calibrationDate.*", "calibrationDate=7.3.2024"))
+        self.assert_ended(result, SUCCESS)
+        self.assertRegex(result.stdout, r"(?m)\[SensorPara\] calibrationDate +2024-03-07$")
+
     def test_a_wrong_value_is_told_with_its_line(self):
         result = run("calibration", "check", self.changed("version2", "NzMax .*", "NzMax = 100 N"))
         self.assert_ended(result, FILE_PROBLEMS)
@@ -119,6 +124,7 @@ class Load(CalibrationTest):
     def test_the_values_of_the_stream_change_with_the_calibration(self):
         result = self.calibration("load", self.sample("version2"), "--slot", "1", "--values", "0.5")
         self.assert_ended(result, SUCCESS)
+        self.assertEqual(result.stderr, "")
         rows = re.findall(r"(?m)^(\d) +(\S+) +(\S+) +\S+$", result.stdout)
         before, after = ([float(row[column]) for row in rows] for column in (1, 2))
         signals = [0.5, -0.25, 0.125, 0.25, -0.5, 0.75]
@@ -131,6 +137,16 @@ class Load(CalibrationTest):
                                  forces[4] - (0.0095 * forces[0] - 0 * forces[2]), forces[5]]
         for got, wanted in zip(after, expected, strict=True):
             self.assertAlmostEqual(got, wanted, delta=1e-4 * abs(wanted))
+
+    def test_values_that_stay_signals_are_told_as_such(self):
+        bench = self.bench(SENSOR.format(firmware=NEW).replace("calibrated = true\n", ""))
+        result = run("calibration", "load", self.sample("version2"), "--slot", "1", "--values", "0.5",
+                     f"--simulate={bench}")
+        self.assert_ended(result, SUCCESS)
+        for before, after in re.findall(r"(?m)^\d +(\S+) +(\S+) +\S+$", result.stdout):
+            self.assertEqual(before, after)
+        self.assertIn("torvik: the values did not change beyond their noise", result.stderr)
+        self.assertIn("calibrated = true", result.stderr)
 
     def test_a_smaller_sensor_is_refused_by_firmware_that_knows_6x6_only(self):
         result = self.calibration("load", self.sample("version3-force-and-torques"), "--slot", "1",
@@ -173,7 +189,8 @@ class Show(CalibrationTest):
     def test_tells_the_calibration_that_the_device_uses(self):
         result = self.calibration("show")
         self.assert_ended(result, SUCCESS)
-        self.assertTrue(result.stdout.startswith("Calibration slot 0 of the device\n"))
+        self.assertTrue(result.stdout.startswith(
+            "Calibration slot 0 of the device: no calibration, only the unit matrix\n"))
         for line in (r"  serial number   0", r"  model name      none", r"  date            none",
                      r"  size            6 inputs, 6 outputs \(format word 0x0\)",
                      r"  offsets         X 0, Y 0, Z 0", r"  0 +mV/V +1 +1 +0 +0 +0 +0 +0",

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -82,6 +83,13 @@ std::string valuesTable(const std::vector<ChannelStatistics>& before, const std:
     return table;
 }
 
+/// Whether no channel's mean moved by more than its values spread.
+bool unchanged(const std::vector<ChannelStatistics>& before, const std::vector<ChannelStatistics>& after) {
+    return std::ranges::equal(before, after, [](const ChannelStatistics& first, const ChannelStatistics& second) {
+        return std::abs(second.mean - first.mean) <= std::max(first.deviation, second.deviation);
+    });
+}
+
 class Loading {
   public:
     Loading(Session& session, const LoadRequest& request, const ConnectionOptions& options)
@@ -100,7 +108,7 @@ class Loading {
         const DeviceCalibration held = readBack(progress);
         const auto differences = calibrationDifferences(file_, held);
         tellReadBack(differences, progress.seconds());
-        if (request_.valuesSeconds > 0) writeData(session_, "\n" + valuesTable(before, measureValues(), held));
+        if (request_.valuesSeconds > 0) tellValues(before, measureValues(), held);
         return differences.empty() ? ExitCode::success : ExitCode::differs;
     }
 
@@ -148,6 +156,16 @@ class Loading {
         if (firmware_ < firmwareWithSlotSelection)
             text += "this firmware selects no slots: what was read is its present calibration\n";
         writeData(session_, text);
+    }
+
+    void tellValues(const std::vector<ChannelStatistics>& before, const std::vector<ChannelStatistics>& after,
+                    const DeviceCalibration& held) {
+        writeData(session_, "\n" + valuesTable(before, after, held));
+        if (!unchanged(before, after)) return;
+        printMessage(
+            "torvik: the values did not change beyond their noise: the device sends its signals as they are, for\n"
+            "        which the units above do not hold, or it had this calibration before. (A simulated amplifier\n"
+            "        uses its calibration only with 'calibrated = true' in its bench.)\n");
     }
 
     Session& session_;

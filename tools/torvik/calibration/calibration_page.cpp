@@ -58,6 +58,44 @@ class Page {
     std::string text_;
 };
 
+bool allZero(std::span<const double> numbers) {
+    return std::ranges::all_of(numbers, [](double number) { return number == 0; });
+}
+
+bool allZero(const MatrixB& matrixB) {
+    constexpr auto isZero = [](std::uint32_t factor) { return factor == 0; };
+    return allZero(matrixB.elements) && std::ranges::all_of(matrixB.firstFactors, isZero) &&
+           std::ranges::all_of(matrixB.secondFactors, isZero);
+}
+
+/// Units are the channels' and say nothing about a calibration.
+bool isBesidesMatrixEmpty(const DeviceCalibration& calibration) {
+    return calibration.serial == 0 && calibration.model.value_or("").empty() &&
+           allZero(calibration.date.value_or(CalibrationNumbers{})) && allZero(calibration.offsets) &&
+           allZero(calibration.zeroSignals.value_or(std::vector<double>{})) &&
+           (!calibration.matrixB || allZero(*calibration.matrixB));
+}
+
+bool isEmpty(const DeviceCalibration& calibration) {
+    return isBesidesMatrixEmpty(calibration) && allZero(calibration.matrix) && allZero(calibration.maxima) &&
+           calibration.outScale == 0 && calibration.inScale == 0;
+}
+
+/// As a device keeps it that passes its signals on.
+bool isNeutral(const DeviceCalibration& calibration) {
+    const std::size_t inputs = calibration.size().inputs;
+    for (std::size_t at = 0; at < calibration.matrix.size(); ++at) {
+        if (calibration.matrix[at] != (at / inputs == at % inputs ? 1 : 0)) return false;
+    }
+    return isBesidesMatrixEmpty(calibration) && calibration.outScale == 1 && calibration.inScale == 1;
+}
+
+std::string slotText(const DeviceCalibration& calibration) {
+    if (calibration.firmware < firmwareWithSlotSelection)
+        return "The device's calibration (its firmware selects no slots)";
+    return fmt::format("Calibration slot {} of the device", calibration.slot);
+}
+
 std::string outputTable(const DeviceCalibration& calibration) {
     const CalDimensions size = calibration.size();
     std::string table =
@@ -133,10 +171,9 @@ std::string unitsText(const UnitTexts& units, std::size_t outputs) {
 }  // namespace
 
 std::string calibrationPage(const DeviceCalibration& calibration) {
+    if (isEmpty(calibration)) return slotText(calibration) + ": no calibration, all values are 0\n";
     Page page;
-    page.add(calibration.firmware < firmwareWithSlotSelection
-                 ? std::string("The device's calibration (its firmware selects no slots)\n")
-                 : fmt::format("Calibration slot {} of the device\n", calibration.slot));
+    page.add(slotText(calibration) + (isNeutral(calibration) ? ": no calibration, only the unit matrix\n" : "\n"));
     const bool unnamed = calibration.model && calibration.model->empty();
     const std::string model = utf8FromDevice(calibration.model.value_or(std::string(notKept)));
     page.line("model name", unnamed ? none : model);
