@@ -2,10 +2,6 @@
 
 #include <sys/eventfd.h>
 
-#include <algorithm>
-#include <string_view>
-#include <utility>
-
 #include "platform/dynamic_library.h"
 
 namespace torvik {
@@ -46,68 +42,26 @@ std::uint32_t MemoryAdapter::read(PcanMessage& message, PcanTimestamp& timestamp
     return pcan::ok;
 }
 
-void MemoryAdapter::noteCommand() {
+std::uint32_t MemoryAdapter::write(const PcanMessage& /*command*/) {
     commandAt_ = Clock::now();
     commands_.fetch_add(1, std::memory_order_release);
+    return pcan::ok;
+}
+
+std::uint32_t MemoryAdapter::reset() {
+    next_ = available_.load(std::memory_order_acquire);
+    return pcan::ok;
+}
+
+std::uint32_t MemoryAdapter::getValue(std::uint8_t parameter, void* value, std::uint32_t /*size*/) {
+    if (parameter != pcan::receiveEvent) return pcan::unknownError;
+    *static_cast<int*>(value) = descriptor_;
+    return pcan::ok;
 }
 
 }  // namespace bench
 
-namespace {
-
 using bench::MemoryAdapter;
-
-std::uint32_t initialize(std::uint16_t, std::uint16_t, std::uint8_t, std::uint32_t, std::uint16_t) {
-    return pcan::ok;
-}
-
-std::uint32_t uninitialize(std::uint16_t) {
-    return pcan::ok;
-}
-
-std::uint32_t reset(std::uint16_t) {
-    MemoryAdapter::instance().reset();
-    return pcan::ok;
-}
-
-std::uint32_t getStatus(std::uint16_t) {
-    return pcan::ok;
-}
-
-std::uint32_t read(std::uint16_t, PcanMessage* message, PcanTimestamp* timestamp) {
-    return MemoryAdapter::instance().read(*message, *timestamp);
-}
-
-std::uint32_t write(std::uint16_t, PcanMessage*) {
-    MemoryAdapter::instance().noteCommand();
-    return pcan::ok;
-}
-
-std::uint32_t filterMessages(std::uint16_t, std::uint32_t, std::uint32_t, std::uint8_t) {
-    return pcan::ok;
-}
-
-std::uint32_t getValue(std::uint16_t, std::uint8_t parameter, void* value, std::uint32_t) {
-    if (parameter != pcan::receiveEvent) return pcan::unknownError;
-    *static_cast<int*>(value) = MemoryAdapter::instance().descriptor();
-    return pcan::ok;
-}
-
-std::uint32_t setValue(std::uint16_t, std::uint8_t, void*, std::uint32_t) {
-    return pcan::ok;
-}
-
-std::uint32_t getErrorText(std::uint32_t, std::uint16_t, char* text) {
-    *text = '\0';
-    return pcan::ok;
-}
-
-template <class Function>
-void* address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
-}  // namespace
 
 namespace platform {
 
@@ -116,20 +70,7 @@ void* loadAdapterLibrary() {
 }
 
 void* findSymbol(void*, const char* name) {
-    const std::pair<std::string_view, void*> entries[] = {
-        {"CAN_Initialize", address(initialize)},
-        {"CAN_Uninitialize", address(uninitialize)},
-        {"CAN_Reset", address(reset)},
-        {"CAN_GetStatus", address(getStatus)},
-        {"CAN_Read", address(read)},
-        {"CAN_Write", address(write)},
-        {"CAN_FilterMessages", address(filterMessages)},
-        {"CAN_GetValue", address(getValue)},
-        {"CAN_SetValue", address(setValue)},
-        {"CAN_GetErrorText", address(getErrorText)},
-    };
-    const auto* const found = std::ranges::find(entries, name, [](const auto& entry) { return entry.first; });
-    return found == std::end(entries) ? nullptr : found->second;
+    return test::AdapterEntryPoints<MemoryAdapter>::find(name);
 }
 
 }  // namespace platform

@@ -10,10 +10,11 @@
 #include <vector>
 
 #include "can/pcan_api.h"
+#include "support/adapter_entry_points.h"
 
 namespace torvik::bench {
 
-class MemoryAdapter {
+class MemoryAdapter : public test::AdapterDefaults {
   public:
     using Clock = std::chrono::steady_clock;
 
@@ -32,11 +33,14 @@ class MemoryAdapter {
     std::uint32_t commands() const { return commands_.load(std::memory_order_acquire); }
     Clock::time_point commandAt() const { return commandAt_; }
 
+    // Readable after a signal, until the queue has been found empty.
+    int descriptor() const { return descriptor_; }
+
     // Behind the entry points.
     std::uint32_t read(PcanMessage& message, PcanTimestamp& timestamp);
-    void noteCommand();
-    void reset() { next_ = available_.load(std::memory_order_acquire); }
-    int descriptor() const { return descriptor_; }
+    std::uint32_t write(const PcanMessage& command);
+    std::uint32_t reset();
+    std::uint32_t getValue(std::uint8_t parameter, void* value, std::uint32_t size);
 
   private:
     MemoryAdapter();

@@ -1,11 +1,11 @@
 #include "faults/simulated_bus.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "can/receive_thread.h"
 #include "faults/failing_services.h"
 #include "platform/dynamic_library.h"
+#include "support/adapter_entry_points.h"
 
 namespace torvik {
 
@@ -315,62 +315,31 @@ namespace {
 
 using test::ServicesUntouched;
 using test::SimulatedBus;
-using Entry = SimulatedBus::Entry;
 
-std::uint32_t initialize(std::uint16_t, std::uint16_t, std::uint8_t, std::uint32_t, std::uint16_t) {
-    const ServicesUntouched untouched;
-    return SimulatedBus::instance().call(Entry::initialize);
-}
+// One call of an entry point: what the bus does meanwhile is the test's own.
+class BusCall : public test::AdapterDefaults {
+  public:
+    static BusCall instance() { return {}; }
 
-std::uint32_t uninitialize(std::uint16_t) {
-    const ServicesUntouched untouched;
-    return SimulatedBus::instance().call(Entry::uninitialize);
-}
+    std::uint32_t initialize(const test::AdapterInitialization&) { return bus_.call(Entry::initialize); }
+    std::uint32_t uninitialize(std::uint16_t) { return bus_.call(Entry::uninitialize); }
+    std::uint32_t reset() { return bus_.reset(); }
+    std::uint32_t read(PcanMessage& message, PcanTimestamp&) { return bus_.read(message); }
+    std::uint32_t write(const PcanMessage& message) { return bus_.write(message); }
+    std::uint32_t getValue(std::uint8_t parameter, void* value, std::uint32_t size) {
+        AdapterDefaults::getValue(parameter, value, size);
+        return bus_.call(Entry::getValue, parameter);
+    }
+    std::uint32_t setValue(const test::AdapterSetting& setting) {
+        return bus_.call(Entry::setValue, setting.parameter);
+    }
 
-std::uint32_t reset(std::uint16_t) {
-    const ServicesUntouched untouched;
-    return SimulatedBus::instance().reset();
-}
+  private:
+    using Entry = SimulatedBus::Entry;
 
-std::uint32_t getStatus(std::uint16_t) {
-    return pcan::ok;
-}
-
-std::uint32_t read(std::uint16_t, PcanMessage* message, PcanTimestamp*) {
-    const ServicesUntouched untouched;
-    return SimulatedBus::instance().read(*message);
-}
-
-std::uint32_t write(std::uint16_t, PcanMessage* message) {
-    const ServicesUntouched untouched;
-    return SimulatedBus::instance().write(*message);
-}
-
-std::uint32_t filterMessages(std::uint16_t, std::uint32_t, std::uint32_t, std::uint8_t) {
-    return pcan::ok;
-}
-
-// Gives -1 for everything: where it is asked for a descriptor to wait on, that means there is none.
-std::uint32_t getValue(std::uint16_t, std::uint8_t parameter, void* value, std::uint32_t size) {
-    const ServicesUntouched untouched;
-    std::memset(value, 0xFF, size);
-    return SimulatedBus::instance().call(Entry::getValue, parameter);
-}
-
-std::uint32_t setValue(std::uint16_t, std::uint8_t parameter, void*, std::uint32_t) {
-    const ServicesUntouched untouched;
-    return SimulatedBus::instance().call(Entry::setValue, parameter);
-}
-
-std::uint32_t getErrorText(std::uint32_t, std::uint16_t, char* text) {
-    *text = '\0';
-    return pcan::ok;
-}
-
-template <class Function>
-void* address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
+    ServicesUntouched untouched_;
+    SimulatedBus& bus_ = SimulatedBus::instance();
+};
 
 }  // namespace
 
@@ -383,21 +352,7 @@ void* loadAdapterLibrary() {
 
 void* findSymbol(void*, const char* name) {
     const ServicesUntouched untouched;
-    const std::pair<std::string_view, void*> entries[] = {
-        {"CAN_Initialize", address(initialize)},
-        {"CAN_Uninitialize", address(uninitialize)},
-        {"CAN_Reset", address(reset)},
-        {"CAN_GetStatus", address(getStatus)},
-        {"CAN_Read", address(read)},
-        {"CAN_Write", address(write)},
-        {"CAN_FilterMessages", address(filterMessages)},
-        {"CAN_GetValue", address(getValue)},
-        {"CAN_SetValue", address(setValue)},
-        {"CAN_GetErrorText", address(getErrorText)},
-    };
-    if (!SimulatedBus::instance().findsLibrary()) return nullptr;
-    const auto* const found = std::ranges::find(entries, name, [](const auto& entry) { return entry.first; });
-    return found == std::end(entries) ? nullptr : found->second;
+    return SimulatedBus::instance().findsLibrary() ? test::AdapterEntryPoints<BusCall>::find(name) : nullptr;
 }
 
 }  // namespace platform

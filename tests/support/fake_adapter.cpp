@@ -1,7 +1,6 @@
 #include "support/fake_adapter.h"
 
 #include <chrono>
-#include <cstring>
 #include <string_view>
 
 #include "core/library_state.h"
@@ -221,61 +220,7 @@ std::uint32_t FakeAdapter::getErrorText(std::uint16_t language, char* text) {
 
 }  // namespace test
 
-namespace {
-
 using test::FakeAdapter;
-
-std::uint32_t initialize(std::uint16_t channel, std::uint16_t baudCode, std::uint8_t hardwareType, std::uint32_t ioPort,
-                         std::uint16_t interrupt) {
-    return FakeAdapter::instance().initialize({channel, baudCode, hardwareType, ioPort, interrupt});
-}
-
-std::uint32_t uninitialize(std::uint16_t channel) {
-    return FakeAdapter::instance().uninitialize(channel);
-}
-
-std::uint32_t reset(std::uint16_t) {
-    return FakeAdapter::instance().reset();
-}
-
-std::uint32_t getStatus(std::uint16_t) {
-    return pcan::ok;
-}
-
-std::uint32_t read(std::uint16_t, PcanMessage* message, PcanTimestamp* timestamp) {
-    return FakeAdapter::instance().read(*message, *timestamp);
-}
-
-std::uint32_t write(std::uint16_t, PcanMessage* message) {
-    return FakeAdapter::instance().write(*message);
-}
-
-std::uint32_t filterMessages(std::uint16_t, std::uint32_t, std::uint32_t, std::uint8_t) {
-    return pcan::ok;
-}
-
-// Gives -1 for everything: where it is asked for a descriptor to wait on, that means there is none.
-std::uint32_t getValue(std::uint16_t, std::uint8_t, void* value, std::uint32_t size) {
-    std::memset(value, 0xFF, size);
-    return pcan::ok;
-}
-
-std::uint32_t setValue(std::uint16_t channel, std::uint8_t parameter, void* value, std::uint32_t size) {
-    FakeAdapter::Setting setting{channel, parameter, 0, size};
-    std::memcpy(&setting.value, value, size);
-    return FakeAdapter::instance().setValue(setting);
-}
-
-std::uint32_t getErrorText(std::uint32_t, std::uint16_t language, char* text) {
-    return FakeAdapter::instance().getErrorText(language, text);
-}
-
-template <class Function>
-void* address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
-}  // namespace
 
 namespace platform {
 
@@ -284,23 +229,7 @@ void* loadAdapterLibrary() {
 }
 
 void* findSymbol(void*, const char* name) {
-    const std::pair<std::string_view, void*> entries[] = {
-        {"CAN_Initialize", address(initialize)},
-        {"CAN_Uninitialize", address(uninitialize)},
-        {"CAN_Reset", address(reset)},
-        {"CAN_GetStatus", address(getStatus)},
-        {"CAN_Read", address(read)},
-        {"CAN_Write", address(write)},
-        {"CAN_FilterMessages", address(filterMessages)},
-        {"CAN_GetValue", address(getValue)},
-        {"CAN_SetValue", address(setValue)},
-        {"CAN_GetErrorText", address(getErrorText)},
-    };
-    if (!FakeAdapter::instance().findEntry(name)) return nullptr;
-    for (const auto& [entry, function] : entries) {
-        if (entry == name) return function;
-    }
-    return nullptr;
+    return FakeAdapter::instance().findEntry(name) ? test::AdapterEntryPoints<FakeAdapter>::find(name) : nullptr;
 }
 
 }  // namespace platform

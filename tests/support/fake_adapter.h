@@ -14,29 +14,14 @@
 #include <vector>
 
 #include "can/pcan_api.h"
+#include "support/adapter_entry_points.h"
 
 namespace torvik::test {
 
-class FakeAdapter {
+class FakeAdapter : public AdapterDefaults {
   public:
-    // The arguments of CAN_Initialize.
-    struct Initialization {
-        std::uint16_t channel = 0;
-        std::uint16_t baudCode = 0;
-        std::uint8_t hardwareType = 0;
-        std::uint32_t ioPort = 0;
-        std::uint16_t interrupt = 0;
-        friend bool operator==(const Initialization&, const Initialization&) = default;
-    };
-
-    // The arguments of one CAN_SetValue.
-    struct Setting {
-        std::uint16_t channel = 0;
-        std::uint8_t parameter = 0;
-        std::uint64_t value = 0;
-        std::uint32_t size = 0;
-        friend bool operator==(const Setting&, const Setting&) = default;
-    };
+    using Initialization = AdapterInitialization;
+    using Setting = AdapterSetting;
 
     static FakeAdapter& instance();
 

@@ -1,8 +1,6 @@
 #include "proof_adapter.h"
 
 #include <algorithm>
-#include <string_view>
-#include <utility>
 
 #include "core/command.h"
 #include "platform/dynamic_library.h"
@@ -42,7 +40,8 @@ void ProofAdapter::signal() {
     arrivals_.give();
 }
 
-std::uint32_t ProofAdapter::read(PcanMessage& message) {
+std::uint32_t ProofAdapter::read(PcanMessage& message, PcanTimestamp& timestamp) {
+    timestamp = {};
     std::uint32_t status = readOnce(message);
     if (status == pcan::queueEmpty && signalled_.exchange(false)) {
         arrivals_.clear();
@@ -93,71 +92,23 @@ std::uint32_t ProofAdapter::write(const PcanMessage& message) {
     return pcan::ok;
 }
 
+std::uint32_t ProofAdapter::getValue(std::uint8_t parameter, void* value, std::uint32_t /*size*/) {
+    if (const std::uint32_t status = takeStatus(Entry::getValue); status != pcan::ok) return status;
+    if (parameter != pcan::receiveEvent) return pcan::unknownError;
+    *static_cast<int*>(value) = arrivals_.descriptor();
+    return pcan::ok;
+}
+
+std::uint32_t ProofAdapter::setValue(const test::AdapterSetting& setting) {
+    if (const std::uint32_t status = takeStatus(Entry::setValue); status != pcan::ok) return status;
+    if (setting.parameter == pcan::receiveEvent)
+        arrivals_.useEvent(setting.size == sizeof(std::uint64_t) ? setting.value : 0);
+    return pcan::ok;
+}
+
 }  // namespace proof
 
-namespace {
-
-using proof::Entry;
 using proof::ProofAdapter;
-
-std::uint32_t initialize(std::uint16_t, std::uint16_t, std::uint8_t, std::uint32_t, std::uint16_t) {
-    return ProofAdapter::instance().takeStatus(Entry::initialize);
-}
-
-std::uint32_t uninitialize(std::uint16_t) {
-    return ProofAdapter::instance().takeStatus(Entry::uninitialize);
-}
-
-std::uint32_t reset(std::uint16_t) {
-    return ProofAdapter::instance().takeStatus(Entry::reset);
-}
-
-std::uint32_t getStatus(std::uint16_t) {
-    return pcan::ok;
-}
-
-std::uint32_t read(std::uint16_t, PcanMessage* message, PcanTimestamp* timestamp) {
-    *timestamp = {};
-    return ProofAdapter::instance().read(*message);
-}
-
-std::uint32_t write(std::uint16_t, PcanMessage* message) {
-    return ProofAdapter::instance().write(*message);
-}
-
-std::uint32_t filterMessages(std::uint16_t, std::uint32_t, std::uint32_t, std::uint8_t) {
-    return pcan::ok;
-}
-
-std::uint32_t getValue(std::uint16_t, std::uint8_t parameter, void* value, std::uint32_t) {
-    if (const std::uint32_t status = ProofAdapter::instance().takeStatus(Entry::getValue); status != pcan::ok)
-        return status;
-    if (parameter != pcan::receiveEvent) return pcan::unknownError;
-    *static_cast<int*>(value) = ProofAdapter::instance().arrivals().descriptor();
-    return pcan::ok;
-}
-
-std::uint32_t setValue(std::uint16_t, std::uint8_t parameter, void* value, std::uint32_t size) {
-    if (const std::uint32_t status = ProofAdapter::instance().takeStatus(Entry::setValue); status != pcan::ok)
-        return status;
-    if (parameter == pcan::receiveEvent) {
-        const bool handle = size == sizeof(std::uint64_t);
-        ProofAdapter::instance().arrivals().useEvent(handle ? *static_cast<std::uint64_t*>(value) : 0);
-    }
-    return pcan::ok;
-}
-
-std::uint32_t getErrorText(std::uint32_t, std::uint16_t, char* text) {
-    *text = '\0';
-    return pcan::ok;
-}
-
-template <class Function>
-void* address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
-}  // namespace
 
 namespace platform {
 
@@ -166,20 +117,7 @@ void* loadAdapterLibrary() {
 }
 
 void* findSymbol(void*, const char* name) {
-    const std::pair<std::string_view, void*> entries[] = {
-        {"CAN_Initialize", address(initialize)},
-        {"CAN_Uninitialize", address(uninitialize)},
-        {"CAN_Reset", address(reset)},
-        {"CAN_GetStatus", address(getStatus)},
-        {"CAN_Read", address(read)},
-        {"CAN_Write", address(write)},
-        {"CAN_FilterMessages", address(filterMessages)},
-        {"CAN_GetValue", address(getValue)},
-        {"CAN_SetValue", address(setValue)},
-        {"CAN_GetErrorText", address(getErrorText)},
-    };
-    const auto* const found = std::ranges::find(entries, name, [](const auto& entry) { return entry.first; });
-    return found == std::end(entries) ? nullptr : found->second;
+    return test::AdapterEntryPoints<ProofAdapter>::find(name);
 }
 
 }  // namespace platform

@@ -10,6 +10,7 @@
 
 #include "arrival_signal.h"
 #include "can/pcan_api.h"
+#include "support/adapter_entry_points.h"
 
 namespace torvik::proof {
 
@@ -38,7 +39,7 @@ class FrameSource {
 enum class Entry : std::uint8_t { initialize, uninitialize, reset, write, getValue, setValue };
 inline constexpr std::size_t entryCount = 6;
 
-class ProofAdapter {
+class ProofAdapter : public test::AdapterDefaults {
   public:
     static ProofAdapter& instance();
 
@@ -52,12 +53,18 @@ class ProofAdapter {
     // Frames that have been handed out.
     std::uint64_t framesRead() const { return framesRead_.load(std::memory_order_acquire); }
 
-    // Behind the entry points.
-    std::uint32_t read(PcanMessage& message);
-    std::uint32_t write(const PcanMessage& message);
+    // The status that was to be given and has not been, if any.
     std::uint32_t takeStatus(Entry entry) { return statusOf(entry).exchange(pcan::ok); }
-    ArrivalSignal& arrivals() { return arrivals_; }
     void forgetAnswers();
+
+    // Behind the entry points.
+    std::uint32_t initialize(const test::AdapterInitialization&) { return takeStatus(Entry::initialize); }
+    std::uint32_t uninitialize(std::uint16_t) { return takeStatus(Entry::uninitialize); }
+    std::uint32_t reset() { return takeStatus(Entry::reset); }
+    std::uint32_t read(PcanMessage& message, PcanTimestamp& timestamp);
+    std::uint32_t write(const PcanMessage& message);
+    std::uint32_t getValue(std::uint8_t parameter, void* value, std::uint32_t size);
+    std::uint32_t setValue(const test::AdapterSetting& setting);
 
   private:
     std::uint32_t readOnce(PcanMessage& message);
