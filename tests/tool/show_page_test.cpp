@@ -47,6 +47,16 @@ TEST(ShowPage, PairsWithoutAnyValueAreLeftOut) {
     EXPECT_EQ(showPage(readings, 2), "input\n  calibration 5               2.5  3.5\n");
 }
 
+TEST(ShowPage, ACalibrationOfZerosIsOneLine) {
+    const ParameterReading zeros[] = {
+        {findParameter("calibration"), {told({0, 0}, 0.0), told({0, 1}, 0.0), {{6, 0}, {}, {}}, told({8, 0}, 0.0)}}};
+    EXPECT_EQ(showPage(zeros, 2), "input\n  calibration                 none: all values are 0\n");
+    const ParameterReading one[] = {{findParameter("calibration"), {told({0, 0}, 0.0), told({0, 1}, 0.5)}}};
+    EXPECT_EQ(showPage(one, 2), "input\n  calibration 0               0  0.5\n");
+    const ParameterReading unknown[] = {{findParameter("calibration"), {told({0, 0}, 0.0), refused({0, 1})}}};
+    EXPECT_EQ(showPage(unknown, 2), "input\n  calibration 0               0  -\n");
+}
+
 TEST(ShowJson, EveryGroupIsAnObjectOfItsParameters) {
     const ParameterReading readings[] = {{findParameter("mode"), {told({}, std::int64_t{6})}},
                                          {findParameter("user-offset"), {told({1, 0}, 0.5), refused({2, 0})}}};

@@ -34,6 +34,8 @@ class PageWriter {
         if (const LibraryError* const refusal = refusalOfAll(reading)) {
             line(std::string(parameter.name), fmt::format("not told ({}, code 0x{:X})", refusal->text, refusal->code),
                  "");
+        } else if (!parameter.whenAllZero.empty() && allZero(reading)) {
+            line(std::string(parameter.name), std::string(parameter.whenAllZero), "");
         } else if (parameter.places.paired()) {
             addPairs(reading);
         } else if (parameter.places.channels() && fitsColumns(reading)) {
@@ -51,6 +53,14 @@ class PageWriter {
             return place.refusal.has_value();
         });
         return all ? &*reading.places.front().refusal : nullptr;
+    }
+
+    /// Places where the device keeps nothing do not count.
+    static bool allZero(const ParameterReading& reading) {
+        const auto isZero = [](const PlaceReading& place) {
+            return !place.refusal && (!place.value || place.value == Value(0.0));
+        };
+        return std::ranges::all_of(reading.places, isZero);
     }
 
     static bool fitsColumns(const ParameterReading& reading) {

@@ -192,7 +192,8 @@ constexpr Parameter inputRows[] = {
      .places = calibrationPlace,
      .kind = ValueKind::single,
      .read = readCalibrationValue,
-     .write = writeCalibrationValue},
+     .write = writeCalibrationValue,
+     .whenAllZero = "none: all values are 0"},
 };
 
 }  // namespace

@@ -71,7 +71,8 @@ struct Parameter {
     WriteParameter write = nullptr;  ///< null: read-only
     bool restarts = false;           ///< writing restarts the device
     InConfiguration inConfiguration = InConfiguration::no;
-    bool shown = true;  ///< false: `show` leaves it out, being long or derived
+    bool shown = true;                  ///< false: `show` leaves it out, being long or derived
+    std::string_view whenAllZero = {};  ///< what `show` says instead of all the zeros; empty: it shows them
 };
 
 // One family each, in the order in which they are listed.
