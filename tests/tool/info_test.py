@@ -42,6 +42,22 @@ class Info(ToolTest):
         self.assertEqual(result.stdout, run("info", "--simulate").stdout)
 
 
+class WrongUse(ToolTest):
+    def test_the_word_that_is_wrong_is_named(self):
+        for words, says in ((["frob"], "there is no command 'frob'"),
+                            (["calibration", "frob"], "there is no command 'frob'"),
+                            (["info", "extra"], "'extra' is one word too many"),
+                            (["stream", "--cnt", "3"], "there is no option '--cnt' here"),
+                            (["info", "--device", "0", "extra"], "'0' is not a whole number of 1..39"),
+                            (["set", "user-scale", "1", "-.5"], "'-.5' is no number"),
+                            (["filter", "design", "lowpass", "bessel", "-.5"], "'-.5' is no number")):
+            with self.subTest(words=words):
+                result = run(*words)
+                self.assert_ended(result, USAGE)
+                self.assertIn(says, result.stderr)
+                self.assertEqual(result.stdout, "")
+
+
 class CannotOpen(ToolTest):
     def test_without_an_adapter_library(self):
         result = run("info")

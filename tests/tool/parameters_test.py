@@ -61,6 +61,12 @@ class Show(ParameterTest):
             self.assertRegex(result.stdout, f"(?m)^{line}$")
         self.assertEqual(result.stderr, "")
 
+    def test_a_calibration_of_zeros_is_one_line_and_whole_in_json(self):
+        lines = [line for line in simulated("show").stdout.splitlines() if line.startswith("  calibration")]
+        self.assertEqual(lines, ["  calibration                 none: all values are 0"])
+        told = json.loads(simulated("show", "--json").stdout)["input"]["calibration"]["places"]
+        self.assertEqual(told["48.7"], {"value": 0})
+
     def test_tells_every_group(self):
         headings = [line for line in simulated("show").stdout.splitlines() if line and not line.startswith(" ")]
         self.assertEqual(headings, ["identity", "mode", "input", "scaling", "unit", "output", "rate", "can"])
@@ -189,7 +195,8 @@ class Set(ParameterTest):
 
     def test_a_channel_that_is_missing_or_too_much_is_refused(self):
         self.assert_failure(run("set", "user-scale", "2"), USAGE, "'all'")
-        self.assert_failure(run("set", "serial-number", "1", "2"), USAGE)
+        self.assert_failure(run("set", "serial-number", "1", "2"), USAGE, "no place")
+        self.assert_failure(run("set", "user-scale", "1", "2", "3"), USAGE, "a place and a value")
 
     def test_help_tells_its_words_one_by_one(self):
         result = run("set", "--help")

@@ -228,7 +228,7 @@ void addSetCommand(CommandLine& commandLine) {
     const auto help = std::make_shared<SetHelp>();
     help->column_width(command->get_formatter()->get_column_width());
     command->formatter(help);
-    command->add_option("PARAMETER", *words)->required()->expected(1, 3)->type_name("");
+    command->add_option("PARAMETER", *words)->required()->type_name("");
     addConnectionOptions(*command, commandLine.connection);
     command->callback([&commandLine, words] {
         commandLine.action = [&commandLine, words](Session&) { return runSet(commandLine.connection, *words); };

@@ -48,6 +48,29 @@ void setUpParser(CommandLine& commandLine) {
     addExitCodes(app);
 }
 
+/// The parser takes whatever begins with a minus and no digit for an option.
+std::string unknownOptionText(const std::string& word) {
+    const bool begunWithPoint = word.size() > 1 && word[1] == '.';
+    return begunWithPoint ? fmt::format("'{}' is no number: one below 0 has a digit behind its minus, as -0.5", word)
+                          : fmt::format("there is no option '{}' here", word);
+}
+
+/// The parser misses a command or a word before it minds one that it does not know.
+std::string wrongUseText(const CLI::App& app, const CLI::ParseError& error) {
+    const int kind = error.get_exit_code();
+    if (kind != static_cast<int>(CLI::ExitCodes::ExtrasError) &&
+        kind != static_cast<int>(CLI::ExitCodes::RequiredError))
+        return error.what();
+    const CLI::App* command = &app;
+    while (!command->get_subcommands().empty())
+        command = command->get_subcommands().front();
+    const std::vector<std::string> unknown = app.remaining(true);
+    if (unknown.empty()) return error.what();
+    if (unknown.front().starts_with('-')) return unknownOptionText(unknown.front());
+    if (command->get_require_subcommand_min() > 0) return fmt::format("there is no command '{}'", unknown.front());
+    return fmt::format("'{}' is one word too many", unknown.front());
+}
+
 /// Help and version go to standard output as data; a wrong use is told on standard error.
 ExitCode reportParsing(Session& session, const CLI::App& app, const CLI::ParseError& error) {
     std::ostringstream data;
@@ -57,11 +80,8 @@ ExitCode reportParsing(Session& session, const CLI::App& app, const CLI::ParseEr
         writeData(session, data.str());
         return ExitCode::success;
     }
-    // The parser misses a command before it minds one that it does not know.
-    const std::vector<std::string> unknown = app.remaining();
-    const bool unknownCommand = app.get_subcommands().empty() && !unknown.empty();
-    const std::string reason = unknownCommand ? fmt::format("there is no command '{}'", unknown.front()) : error.what();
-    printMessage(fmt::format("torvik: {}\n  next:    torvik --help, or torvik COMMAND --help\n", reason));
+    printMessage(
+        fmt::format("torvik: {}\n  next:    torvik --help, or torvik COMMAND --help\n", wrongUseText(app, error)));
     return ExitCode::usage;
 }
 
