@@ -5,6 +5,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -83,11 +84,28 @@ std::string valuesTable(const std::vector<ChannelStatistics>& before, const std:
     return table;
 }
 
-/// Whether no channel's mean moved by more than its values spread.
-bool unchanged(const std::vector<ChannelStatistics>& before, const std::vector<ChannelStatistics>& after) {
-    return std::ranges::equal(before, after, [](const ChannelStatistics& first, const ChannelStatistics& second) {
-        return std::abs(second.mean - first.mean) <= std::max(first.deviation, second.deviation);
-    });
+/// What the calibration makes of signals, without offsets and matrix B, which change it little.
+double expectedOutput(const DeviceCalibration& calibration, std::span<const ChannelStatistics> signals,
+                      std::size_t output) {
+    const std::size_t inputs = calibration.size().inputs;
+    double sum = 0;
+    for (std::size_t input = 0; input < std::min(inputs, signals.size()); ++input) {
+        const double zero = calibration.zeroSignals ? (*calibration.zeroSignals)[input] : 0.0;
+        sum += calibration.matrix[output * inputs + input] * (signals[input].mean - zero);
+    }
+    return sum * calibration.inScale * calibration.outScale;
+}
+
+/// Whether the values after the loading are nearer to those before than to what the calibration makes of them.
+bool staySignals(std::span<const ChannelStatistics> before, std::span<const ChannelStatistics> after,
+                 const DeviceCalibration& calibration) {
+    double fromSignals = 0;
+    double fromOutputs = 0;
+    for (std::size_t output = 0; output < std::min(calibration.size().outputs, after.size()); ++output) {
+        fromSignals += std::abs(after[output].mean - before[output].mean);
+        fromOutputs += std::abs(after[output].mean - expectedOutput(calibration, before, output));
+    }
+    return fromSignals < fromOutputs / 2;
 }
 
 class Loading {
@@ -161,11 +179,12 @@ class Loading {
     void tellValues(const std::vector<ChannelStatistics>& before, const std::vector<ChannelStatistics>& after,
                     const DeviceCalibration& held) {
         writeData(session_, "\n" + valuesTable(before, after, held));
-        if (!unchanged(before, after)) return;
+        if (!staySignals(before, after, held)) return;
         printMessage(
-            "torvik: the values did not change beyond their noise: the device sends its signals as they are, for\n"
-            "        which the units above do not hold, or it had this calibration before. (A simulated amplifier\n"
-            "        uses its calibration only with 'calibrated = true' in its bench.)\n");
+            "torvik: the values did not become what the calibration makes of the signals: the device sends the "
+            "signals,\n"
+            "        for which the units above do not hold, or it had this calibration before\n"
+            "        (a simulated amplifier uses its calibration only with 'calibrated = true' in its bench)\n");
     }
 
     Session& session_;

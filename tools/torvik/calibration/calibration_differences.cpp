@@ -40,8 +40,8 @@ class Comparison {
 
     void text(const std::string& name, const std::string& inFile, const std::string& inDevice) {
         if (inFile == inDevice) return;
-        lines_.push_back(fmt::format("{}: {} in the file, {} in the device", name, utf8FromDevice(inFile),
-                                     utf8FromDevice(inDevice)));
+        const auto shown = [](const std::string& bytes) { return bytes.empty() ? "none" : utf8FromDevice(bytes); };
+        lines_.push_back(fmt::format("{}: {} in the file, {} in the device", name, shown(inFile), shown(inDevice)));
     }
 
     void notKept(const std::string& name, const std::string& inFile) {
@@ -72,7 +72,7 @@ class Comparison {
         }
         if (!file_.date) return;
         if (!device_.date) {
-            notKept("date", fmt::format("{}-{}-{}", file_.date->year, file_.date->month, file_.date->day));
+            notKept("date", fmt::format("{:04}-{:02}-{:02}", file_.date->year, file_.date->month, file_.date->day));
             return;
         }
         number("year", file_.date->year, (*device_.date)[0]);

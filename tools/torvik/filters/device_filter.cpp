@@ -89,6 +89,7 @@ void readCoefficients(const Connection& connection, DeviceFilter& filter) {
 
 std::string filterLine(const DeviceFilter& filter) {
     std::string line = fmt::format("{}: {:<4}", describeFilter(filter.bank, filter.number), filter.on ? "on" : "off");
+    if (filter.order() == 0) return line + "none (order 0)\n";
     const bool isBand = filter.kind() == FilterKind::bandPass || filter.kind() == FilterKind::bandStop;
     fmt::format_to(std::back_inserter(line), "{}, order {}, {:.7g} Hz", kindText(filter.kind()), filter.order(),
                    filter.cutoffs[0]);
