@@ -22,7 +22,7 @@ extern "C" {
  * to framesBeyondChannels, and answersStored is at least answersTaken + answersDiscarded; the rest still waits. Once no
  * frame is under way, framesReceived is the sum of framesRouted of all devices, framesWithoutDevice and
  * framesNotRouted. (When the receive thread is kept from running in the middle of a change, a reading gives up after
- * about a tenth of a second and may be one frame out.)
+ * a hundred waits of 1 ms, which the system may stretch to 1.6 s in all, and may be one frame out.)
  */
 typedef struct TORVIKstatistics {
     uint32_t size;             /* in: sizeof(TORVIKstatistics); out: how many bytes have been written */
@@ -59,8 +59,9 @@ typedef struct TORVIKstatistics {
     /* The device's values. */
     uint64_t valuesStale;       /* stored a second time, because another frame took the place of theirs in their set */
     uint64_t valuesOverwritten; /* by newer ones in a full buffer before they were read */
-    uint64_t valuesCleared;     /* thrown away unread: TORVIKclearDLLbuffer, a smaller buffer size, TORVIKrelease(0);
-                                   those of a single released device are counted at its next activation */
+    uint64_t valuesCleared;     /* thrown away unread: TORVIKclearDLLbuffer, a smaller buffer size, a restart of the device
+                                   by the library, TORVIKrelease(0), an activation; those of a single released device
+                                   are counted at its next activation */
 
     /* The device's answers. */
     uint64_t answersTaken;       /* by a call that waited for an answer */
