@@ -17,6 +17,7 @@
 #include "floating_point_traps.h"
 #include "frame_law.h"
 #include "hostile_stream.h"
+#include "silenced_output.h"
 #include "value_stream.h"
 
 namespace torvik::proof {
@@ -38,11 +39,11 @@ std::uint32_t takeLastError(std::int32_t deviceNo) {
 }
 
 // 0 or the code of the failure.
-std::uint32_t activationCode() {
+std::uint32_t activationCode(std::uint32_t flags = 0) {
     std::uint32_t channels = 0;
     if (TORVIKactivateExtended(healthyDevice, TORVIK_ADAPTER_USB, 1000000, bufferSize, &channels,
                                commandIdOf(healthyDevice), answerIdOf(healthyDevice),
-                               TORVIK_FLAG_PROTOCOL_KIND_16) == 0) {
+                               TORVIK_FLAG_PROTOCOL_KIND_16 | flags) == 0) {
         return 0;
     }
     return takeLastError(healthyDevice);
@@ -55,34 +56,54 @@ std::uint32_t expectedCode(Entry entry, std::uint32_t status) {
         case Entry::setValue:
             return status;
         case Entry::write:
+        case Entry::getErrorText:
             return noValueIdentifier;
         default:
             return 0;
     }
 }
 
-// Every status of every other entry point, once each: the activation tells it or goes on without, and the next one
-// succeeds. Result: what went wrong; empty: nothing.
-std::string tryEveryStatus() {
+// Opens and closes the adapter with this status, and gives what the activation has told.
+std::uint32_t codeAt(Entry entry, std::uint32_t status) {
+    ProofAdapter::instance().failOnce(entry, status);
+    const std::uint32_t code = activationCode();
+    TORVIKrelease(0);
+    return code;
+}
+
+// The same for the text of a failed write, which only debug output asks for.
+std::uint32_t codeAtErrorText(std::uint32_t status) {
     ProofAdapter& adapter = ProofAdapter::instance();
-    for (const Entry entry :
-         {Entry::initialize, Entry::uninitialize, Entry::reset, Entry::write, Entry::getValue, Entry::setValue}) {
+    const SilencedOutput silenced;
+    adapter.failOnce(Entry::write, pcan::busHeavy);
+    adapter.failOnce(Entry::getErrorText, status);
+    const std::uint32_t code = activationCode(TORVIK_FLAG_DEBUG_OUTPUT);
+    TORVIKrelease(0);
+    return code;
+}
+
+// The activation tells the status of one call or goes on without, and the next one succeeds. Result: what went wrong;
+// empty: nothing.
+std::string tryStatus(Entry entry, std::uint32_t status) {
+    ProofAdapter& adapter = ProofAdapter::instance();
+    const std::uint32_t code = entry == Entry::getErrorText ? codeAtErrorText(status) : codeAt(entry, status);
+    const bool given = adapter.takeStatus(entry) == pcan::ok;
+    adapter.forgetAnswers();
+    takeLastError(healthyDevice);
+    if (code != expectedCode(entry, status)) return fmt::format("the activation gave 0x{:X}", code);
+    if (entry == Entry::getErrorText && !given) return "debug output has not asked for the text";
+    const std::uint32_t next = activationCode();
+    TORVIKrelease(0);
+    return next == 0 ? "" : fmt::format("the next activation gave 0x{:X}", next);
+}
+
+// Every status of every other entry point, once each. Result: what went wrong; empty: nothing.
+std::string tryEveryStatus() {
+    for (const Entry entry : {Entry::initialize, Entry::uninitialize, Entry::reset, Entry::write, Entry::getValue,
+                              Entry::setValue, Entry::getErrorText}) {
         for (const std::uint32_t status : adapterStatuses) {
-            adapter.failOnce(entry, status);
-            const std::uint32_t code = activationCode();
-            TORVIKrelease(0);
-            adapter.takeStatus(entry);
-            adapter.forgetAnswers();
-            takeLastError(healthyDevice);
-            if (code != expectedCode(entry, status)) {
-                return fmt::format("status 0x{:X} of entry point {}: the activation gave 0x{:X}", status,
-                                   static_cast<int>(entry), code);
-            }
-            if (const std::uint32_t next = activationCode(); next != 0) {
-                return fmt::format("after status 0x{:X} of entry point {}: the next activation gave 0x{:X}", status,
-                                   static_cast<int>(entry), next);
-            }
-            TORVIKrelease(0);
+            if (const std::string fault = tryStatus(entry, status); !fault.empty())
+                return fmt::format("status 0x{:X} of entry point {}: {}", status, static_cast<int>(entry), fault);
         }
     }
     return {};

@@ -31,7 +31,7 @@ std::uint32_t HostileStream::next(PcanMessage& message) {
         afterStatus_ = true;
         ++statuses_;
         ProofAdapter::instance().signal();
-        return adapterStatuses[random_.below(adapterStatuses.size())];
+        return anyStatus();
     }
     if (framesLeft_ == 0 || random_.below(4) == 0) {
         healthyIsDue_ = true;
@@ -122,6 +122,14 @@ std::uint32_t HostileStream::anyIdentifier() {
         auto id = static_cast<std::uint32_t>(random_.next() >> 32);
         if (random_.below(2) == 0) id &= standardBits;
         if (id != valueIdOf(healthyDevice) && id != answerIdOf(healthyDevice)) return id;
+    }
+}
+
+std::uint32_t HostileStream::anyStatus() {
+    if (random_.below(4) != 0) return adapterStatuses[random_.below(adapterStatuses.size())];
+    for (;;) {
+        const auto status = static_cast<std::uint32_t>(random_.next() >> 32);
+        if (status != pcan::ok && status != pcan::queueEmpty) return status;
     }
 }
 

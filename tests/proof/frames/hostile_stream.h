@@ -63,6 +63,7 @@ class HostileStream : public FrameSource {
     void makeValueFrame(PcanMessage& message);
     void addressHealthyInVain(PcanMessage& message);
     std::uint32_t anyIdentifier();
+    std::uint32_t anyStatus();
     std::uint32_t anyValue();
     void cutToLength(PcanMessage& message);
 

@@ -106,6 +106,11 @@ std::uint32_t ProofAdapter::setValue(const test::AdapterSetting& setting) {
     return pcan::ok;
 }
 
+std::uint32_t ProofAdapter::getErrorText(std::uint16_t language, char* text) {
+    const std::uint32_t status = takeStatus(Entry::getErrorText);
+    return status != pcan::ok ? status : AdapterDefaults::getErrorText(language, text);
+}
+
 }  // namespace proof
 
 using proof::ProofAdapter;

@@ -36,8 +36,8 @@ class FrameSource {
     virtual std::uint32_t next(PcanMessage& message) = 0;
 };
 
-enum class Entry : std::uint8_t { initialize, uninitialize, reset, write, getValue, setValue };
-inline constexpr std::size_t entryCount = 6;
+enum class Entry : std::uint8_t { initialize, uninitialize, reset, write, getValue, setValue, getErrorText };
+inline constexpr std::size_t entryCount = 7;
 
 class ProofAdapter : public test::AdapterDefaults {
   public:
@@ -65,6 +65,7 @@ class ProofAdapter : public test::AdapterDefaults {
     std::uint32_t write(const PcanMessage& message);
     std::uint32_t getValue(std::uint8_t parameter, void* value, std::uint32_t size);
     std::uint32_t setValue(const test::AdapterSetting& setting);
+    std::uint32_t getErrorText(std::uint16_t language, char* text);
 
   private:
     std::uint32_t readOnce(PcanMessage& message);
