@@ -6,7 +6,7 @@ told) of them are tried, evenly spread. A mutant that does not compile counts fo
 with the score; exit code 1 below 90 %.
 """
 import concurrent.futures
-import glob
+import functools
 import os
 import pathlib
 import re
@@ -20,6 +20,7 @@ LONGEST = 120
 
 # File, and the test programs that look at it.
 SUBJECTS = [
+    ("core/wire.h", ["core"]),
     ("core/set_assembly.cpp", ["core"]),
     ("core/measured_values.cpp", ["core"]),
     ("params/convert_from_device.cpp", ["params"]),
@@ -29,8 +30,11 @@ SUBJECTS = [
     ("filter/design_poles.cpp", ["filter"]),
     ("params/device_filters.cpp", ["filter_exports"]),
 ]
-PROGRAMS = {"core": "core/core_test", "params": "params/params_test", "filter": "filter/filter_test",
-            "calibration_file": "calib/calibration_file_test", "filter_exports": "filter/filter_exports_test"}
+PROGRAMS = {"core": "tests/core/core_test", "params": "tests/params/params_test", "filter": "tests/filter/filter_test",
+            "calibration_file": "tests/calib/calibration_file_test",
+            "filter_exports": "tests/filter/filter_exports_test"}
+# A changed header is compiled into these; their copies of its functions come first when the tests are linked.
+USERS = {"core/wire.h": ["core/set_assembly.cpp", "core/transaction.cpp", "params/convert_from_device.cpp"]}
 
 # What stands in the code, and what takes its place.
 CHANGES = [
@@ -67,22 +71,26 @@ class Build:
         self.directory = directory
         self.environment = dict(os.environ, LD_LIBRARY_PATH=f"{directory}/virtual:{directory}")
 
-    def includes(self):
-        return ["-I", str(ROOT / "src"), "-I", str(ROOT / "src/platform/linux"), "-I", str(ROOT / "src/api")]
-
-    def compile(self, source, target):
-        command = ["g++", "-std=c++20", "-O1", "-w", "-fPIE", "-fno-gnu-unique", *self.includes(), "-c", source, "-o", target]
+    def compile(self, source, target, first, *options):
+        """With what stands in `first` in the place of the library's own headers."""
+        includes = [f"-I{folder}" for folder in (first, ROOT / "src", ROOT / "src/platform/linux", ROOT / "src/api")]
+        command = ["g++", "-std=c++20", "-O1", "-w", "-fPIE", "-fno-gnu-unique", *options, *includes, "-c", source, "-o", target]
         return subprocess.run(command, capture_output=True, check=False).returncode == 0
 
+    @functools.cache
+    def link_command(self, program):
+        """As the build links it."""
+        commands = subprocess.run(["ninja", "-C", self.directory, "-t", "commands", PROGRAMS[program]],
+                                  capture_output=True, text=True, check=True).stdout.strip().split("\n")
+        return commands[-1].removeprefix(": && ").removesuffix(" && :")
+
     def link(self, program, changed, target):
-        folder, name = PROGRAMS[program].split("/")
-        objects = glob.glob(f"{self.directory}/tests/{folder}/CMakeFiles/{name}.dir/**/*.o", recursive=True)
-        libraries = [f"{self.directory}/src/libtorvik_core.a", *glob.glob(f"{self.directory}/virtual/*.so"),
-                     *(f"{self.directory}/lib/lib{library}.a" for library in ("gmock", "gtest", "gtest_main"))]
-        command = ["g++", "-o", target, *objects, changed, *libraries, "-lpthread", "-ldl"]
-        result = subprocess.run(command, capture_output=True, text=True, check=False)
+        output = f"-o {PROGRAMS[program]}"
+        compiler, _, rest = self.link_command(program).partition(" ")
+        command = f"{compiler} {' '.join(changed)} {rest.replace(output, f'-o {target}')}"
+        result = subprocess.run(command, shell=True, cwd=self.directory, capture_output=True, text=True, check=False)
         if result.returncode != 0:
-            sys.exit(f"{name} does not link: {result.stderr[-2000:]}")
+            sys.exit(f"{program} does not link: {result.stderr[-2000:]}")
 
     def passes(self, program):
         try:
@@ -97,12 +105,17 @@ class Build:
         if number is not None:
             lines[number] = changed
         with tempfile.TemporaryDirectory() as folder:
-            source, target, program = f"{folder}/changed.cpp", f"{folder}/changed.o", f"{folder}/test"
-            pathlib.Path(source).write_text("\n".join(lines))
-            if not self.compile(source, target):
-                return "stillborn"
+            changed_file, program = pathlib.Path(folder) / subject, f"{folder}/test"
+            changed_file.parent.mkdir(parents=True)
+            changed_file.write_text("\n".join(lines))
+            objects = []
+            options = ["-fno-inline", "-fkeep-inline-functions"] if subject in USERS else []
+            for source in USERS.get(subject, [changed_file]):
+                objects.append(f"{folder}/{len(objects)}.o")
+                if not self.compile(ROOT / "src" / source, objects[-1], folder, *options):
+                    return "stillborn"
             for name in programs:
-                self.link(name, target, program)
+                self.link(name, objects, program)
                 if not self.passes(program):
                     return "noticed"
         return "SURVIVED"
