@@ -13,6 +13,8 @@ endif()
 option(TORVIK_BUILD_TESTS "Build the tests" ON)
 option(TORVIK_BUILD_BENCH "Build the benchmarks" OFF)
 option(TORVIK_BUILD_FUZZERS "Make targets of the fuzzers; needs clang" OFF)
+# Most of a test file's or a tool file's compilation is the headers of GoogleTest, fmt and CLI11.
+option(TORVIK_COMPILE_TOGETHER "Compile the files of a test program, of the tool and of the virtual adapter together" ON)
 set(TORVIK_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
 
 if(WIN32)

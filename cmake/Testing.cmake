@@ -20,6 +20,7 @@ file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/test_headers.cpp CONTENT "")
 add_executable(torvik_test_headers EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/test_headers.cpp)
 target_compile_options(torvik_test_headers PRIVATE ${torvik_test_options})
 target_link_libraries(torvik_test_headers PRIVATE torvik_warnings GTest::gmock GTest::gtest GTest::gtest_main)
+set_target_properties(torvik_test_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
 target_precompile_headers(torvik_test_headers PRIVATE
   <gmock/gmock.h> <gtest/gtest.h> <array> <atomic> <chrono> <functional> <string> <thread> <vector>)
 
@@ -36,6 +37,25 @@ set(torvik_sanitizer_options
   "TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1")
 set(TORVIK_TEST_ENVIRONMENT ${torvik_library_path} ${torvik_sanitizer_options})
 
+# torvik_compile_as_test(TARGET [LIBRARY...])
+function(torvik_compile_as_test target)
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_options(${target} PRIVATE ${torvik_test_options})
+  target_link_libraries(${target} PRIVATE ${ARGN} torvik_warnings GTest::gmock GTest::gtest GTest::gtest_main)
+  target_precompile_headers(${target} REUSE_FROM torvik_test_headers)
+  # Position independence alike for programs and objects, which share the precompiled headers.
+  set_target_properties(${target} PROPERTIES
+    POSITION_INDEPENDENT_CODE OFF UNITY_BUILD ${TORVIK_COMPILE_TOGETHER} UNITY_BUILD_BATCH_SIZE 0)
+endfunction()
+
+# torvik_add_test_objects(NAME SOURCES file... [LIBS library...])
+#   What several test programs share, compiled once; they link it.
+function(torvik_add_test_objects name)
+  cmake_parse_arguments(PARSE_ARGV 1 test "" "" "SOURCES;LIBS")
+  add_library(${name} OBJECT ${test_SOURCES})
+  torvik_compile_as_test(${name} ${test_LIBS})
+endfunction()
+
 # torvik_add_test(NAME SOURCES file... [LIBS library...] [ENVIRONMENT NAME=value...] [TIMEOUT seconds] [SERIAL])
 #   Makes the GoogleTest program NAME and registers it as one test. SERIAL: nothing else runs beside it, for tests that
 #   measure time. The report of its cases goes to results/NAME.xml in the build tree.
@@ -45,10 +65,7 @@ function(torvik_add_test name)
     set(test_TIMEOUT 300)
   endif()
   add_executable(${name} ${test_SOURCES})
-  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-  target_compile_options(${name} PRIVATE ${torvik_test_options})
-  target_link_libraries(${name} PRIVATE ${test_LIBS} torvik_warnings GTest::gmock GTest::gtest GTest::gtest_main)
-  target_precompile_headers(${name} REUSE_FROM torvik_test_headers)
+  torvik_compile_as_test(${name} ${test_LIBS})
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES
     TIMEOUT ${test_TIMEOUT}

@@ -10,10 +10,10 @@ namespace {
 
 using Place = ParameterRow::Place;
 
-constexpr std::uint64_t kAny32 = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint64_t kHighest32 = std::numeric_limits<std::uint32_t>::max();
 
-constexpr ParameterRow kRows[] = {
-    {0x01, Place::openChannel, true, true, nullptr, 1, kAny32},             // device number
+constexpr ParameterRow kParameterRows[] = {
+    {0x01, Place::openChannel, true, true, nullptr, 1, kHighest32},         // device number
     {0x03, Place::openChannel, true, true, nullptr, 0, ~std::uint64_t{0}},  // receive event
     {0x04, Place::openChannel, true, true, nullptr, 1, 2},                  // message filter
     {0x05, Place::library, true, false, "4.8.0.0", 0, 0},                   // version of the interface
@@ -40,12 +40,12 @@ constexpr ParameterRow kRows[] = {
 }  // namespace
 
 const ParameterRow* findParameter(std::uint8_t number) {
-    const auto* const row = std::ranges::find(kRows, number, &ParameterRow::number);
-    return row == std::end(kRows) ? nullptr : row;
+    const auto* const row = std::ranges::find(kParameterRows, number, &ParameterRow::number);
+    return row == std::end(kParameterRows) ? nullptr : row;
 }
 
 void ParameterValues::reset() {
-    for (const ParameterRow& row : kRows)
+    for (const ParameterRow& row : kParameterRows)
         values_[row.number] = row.initial;
 }
 

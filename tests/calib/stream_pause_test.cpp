@@ -14,6 +14,7 @@ void PrintTo(const Export& anExport, std::ostream* out) {
     *out << anExport.name;
 }
 
+namespace given {
 std::array<double, 256> numbers = [] {
     std::array<double, 256> ones{};
     ones.fill(1);
@@ -23,41 +24,46 @@ std::array<std::int32_t, 6> words{1, 1, 1, 1, 1, 1};
 std::array<std::uint32_t, 6> factors{};
 std::array<std::uint32_t, 2> format{};
 std::array<char, 16> text{};
+}  // namespace given
 
 const std::vector<Export>& pausingExports() {
     static const std::vector<Export> all = {
         {"writeFTSensorCalArray",
          [](std::int32_t no) {
-             return TORVIKwriteFTSensorCalArray(no, 0, text.data(), 1, 1, numbers.data(), nullptr, numbers.data());
+             return TORVIKwriteFTSensorCalArray(no, 0, given::text.data(), 1, 1, given::numbers.data(), nullptr,
+                                                given::numbers.data());
          }},
         {"writeFTsensorCalArrayA",
          [](std::int32_t no) {
-             return TORVIKwriteFTsensorCalArrayA(no, 0, text.data(), numbers.data(), numbers.data(), nullptr,
-                                                 numbers.data(), nullptr, 0);
+             return TORVIKwriteFTsensorCalArrayA(no, 0, given::text.data(), given::numbers.data(),
+                                                 given::numbers.data(), nullptr, given::numbers.data(), nullptr, 0);
          },
          0x48, true},
         {"writeFTsensorCalArrExt",
          [](std::int32_t no) {
-             return TORVIKwriteFTsensorCalArrExt(no, 1, numbers.data(), factors.data(), factors.data(), text.data());
+             return TORVIKwriteFTsensorCalArrExt(no, 1, given::numbers.data(), given::factors.data(),
+                                                 given::factors.data(), given::text.data());
          }},
         {"writeFTsensorCalArrInfo",
-         [](std::int32_t no) { return TORVIKwriteFTsensorCalArrInfo(no, words.data(), words.data(), nullptr); }},
+         [](std::int32_t no) {
+             return TORVIKwriteFTsensorCalArrInfo(no, given::words.data(), given::words.data(), nullptr);
+         }},
         {"readFTSensorCalArray",
          [](std::int32_t no) {
-             return TORVIKreadFTSensorCalArray(no, 0, nullptr, numbers.data(), nullptr, numbers.data(), nullptr,
-                                               numbers.data());
+             return TORVIKreadFTSensorCalArray(no, 0, nullptr, given::numbers.data(), nullptr, given::numbers.data(),
+                                               nullptr, given::numbers.data());
          },
          0x47},
         {"readFTsensorCalArrayA",
          [](std::int32_t no) {
-             return TORVIKreadFTsensorCalArrayA(no, 0, nullptr, nullptr, numbers.data(), nullptr, nullptr, nullptr,
-                                                format.data());
+             return TORVIKreadFTsensorCalArrayA(no, 0, nullptr, nullptr, given::numbers.data(), nullptr, nullptr,
+                                                nullptr, given::format.data());
          },
          0x47},
         {"readFTsensorCalArrExt",
          [](std::int32_t no) {
-             return TORVIKreadFTsensorCalArrExt(no, format.data(), numbers.data(), factors.data(), factors.data(),
-                                                nullptr);
+             return TORVIKreadFTsensorCalArrExt(no, given::format.data(), given::numbers.data(), given::factors.data(),
+                                                given::factors.data(), nullptr);
          },
          0x47},
     };
@@ -66,10 +72,11 @@ const std::vector<Export>& pausingExports() {
 
 std::vector<Export> allExports() {
     std::vector<Export> all = pausingExports();
-    all.push_back(
-        {"readFTSensorCalValue", [](std::int32_t no) { return TORVIKreadFTSensorCalValue(no, 1, 0, numbers.data()); }});
+    all.push_back({"readFTSensorCalValue",
+                   [](std::int32_t no) { return TORVIKreadFTSensorCalValue(no, 1, 0, given::numbers.data()); }});
     all.push_back({"setFTarrayToRead", [](std::int32_t no) { return TORVIKsetFTarrayToRead(no, 0); }});
-    all.push_back({"readFTSensorSerNo", [](std::int32_t no) { return TORVIKreadFTSensorSerNo(no, 0, text.data()); }});
+    all.push_back(
+        {"readFTSensorSerNo", [](std::int32_t no) { return TORVIKreadFTSensorSerNo(no, 0, given::text.data()); }});
     all.push_back({"storeFTSensorCal", [](std::int32_t no) { return TORVIKstoreFTSensorCal(no, 0); }});
     all.push_back({"getFTSensorCalArrNo", [](std::int32_t no) {
                        std::array<std::uint8_t, 3> out{};
@@ -89,7 +96,7 @@ class PausingExport : public CalibrationBench, public testing::WithParamInterfac
   protected:
     static std::int32_t call() { return GetParam().call(device); }
 
-    // Every element reads as 1.0, which is also the format word of a calibration with matrix B.
+    // Every element reads as 1.0, which is also the given::format word of a calibration with matrix B.
     static void answerElements(std::uint32_t times = VIRTUAL_FOR_EVER) {
         answerWith(0x47, {0, 0x3F, 0x80, 0, 0}, times);
         answerWith(0x48, {0}, times);

@@ -9,18 +9,12 @@ namespace torvik {
 namespace {
 
 using test::AdapterTest;
+using test::failEvent;
+using test::failThread;
 using test::FakeAdapter;
-
-std::uint32_t failEvent(platform::FaultPoint point) {
-    return point == platform::FaultPoint::eventCreate ? 8 : 0;
-}
 
 std::uint32_t failMutex(platform::FaultPoint point) {
     return point == platform::FaultPoint::mutexCreate ? 8 : 0;
-}
-
-std::uint32_t failThread(platform::FaultPoint point) {
-    return point == platform::FaultPoint::threadStart ? 8 : 0;
 }
 
 class AdapterChannel : public AdapterTest {};

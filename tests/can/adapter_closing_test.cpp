@@ -19,10 +19,10 @@ using test::AdapterTest;
 using test::FakeAdapter;
 using test::runWithTimeouts;
 using test::TestClock;
+using test::usb;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr std::uint8_t usb = 0x51;
 constexpr char eventOffFailure[] = "Fehler beim Ruecksetzen des Events\n";
 
 class AdapterClosing : public AdapterTest {

@@ -7,16 +7,14 @@ namespace torvik {
 namespace {
 
 using test::AdapterTest;
+using test::failEvent;
+using test::failThread;
 using test::FakeAdapter;
+using test::usb;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr std::uint8_t usb = 0x51;
 int mutexesUntilFailure = 0;
-
-std::uint32_t failEvent(platform::FaultPoint point) {
-    return point == platform::FaultPoint::eventCreate ? 8 : 0;
-}
 
 // The answer mutex is the first one, the value mutex the second.
 std::uint32_t failOneMutex(platform::FaultPoint point) {
@@ -25,10 +23,6 @@ std::uint32_t failOneMutex(platform::FaultPoint point) {
 
 std::uint32_t failBothMutexes(platform::FaultPoint point) {
     return point == platform::FaultPoint::mutexCreate ? 15 : 0;
-}
-
-std::uint32_t failThread(platform::FaultPoint point) {
-    return point == platform::FaultPoint::threadStart ? 8 : 0;
 }
 
 class AdapterFailure : public AdapterTest {

@@ -10,10 +10,9 @@ namespace {
 
 using test::FakeAdapter;
 using test::RecordTest;
+using test::usb;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr std::uint8_t usb = 0x51;
 
 class PcanApi : public RecordTest {
   protected:

@@ -15,8 +15,8 @@ using test::RecordTest;
 using test::runWithTimeouts;
 using test::ScriptedDevice;
 using test::TestClock;
+using test::given::deviceNo;
 
-constexpr std::uint8_t deviceNo = 6;
 constexpr ActivationSettings settings{
     .baudRate = 500'000, .bufferSize = 4, .commandCanId = 0x300, .answerCanId = 0x301};
 

@@ -15,21 +15,21 @@ namespace torvik {
 namespace {
 
 using namespace std::chrono_literals;
+using test::answerTimeout;
 using test::FakeAdapter;
 using test::HeldElsewhere;
+using test::mutexTimeout;
 using test::RecordTest;
 using test::runWithTimeouts;
 using test::ScriptedDevice;
 using test::TestClock;
+using test::given::deviceNo;
 using testing::ElementsAre;
 
-constexpr std::uint8_t deviceNo = 4;
 constexpr std::uint32_t commandCanId = 0x300;
 constexpr std::uint32_t answerCanId = 0x301;
 constexpr std::uint32_t outOfMemory = 0x300000F3;
-constexpr std::uint32_t answerTimeout = 0x30000058;
 constexpr std::uint32_t invalidDevice = 0x30000101;
-constexpr std::uint32_t mutexTimeout = 0x30000112;
 constexpr std::uint32_t identifierInUse = 0x30000114;
 
 DeviceRecord* reserve(std::uint8_t number = deviceNo, std::uint32_t command = commandCanId,
@@ -287,7 +287,7 @@ TEST_F(DeviceSetUp, PrintsWhatItHasFound) {
     testing::internal::CaptureStdout();
     EXPECT_TRUE(setUp());
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "Value ID      302 \nAktive Kanaele 3 \nCANDEV-Handle 4 initialisiert\n");
+              "Value ID      302 \nAktive Kanaele 3 \nCANDEV-Handle 5 initialisiert\n");
 }
 
 TEST_F(DeviceSetUp, FailsWhereTheFirstQuestionCannotBeWritten) {

@@ -11,8 +11,7 @@ using test::HeldElsewhere;
 using test::RecordTest;
 using test::runWithTimeouts;
 using test::TestClock;
-
-constexpr std::uint8_t deviceNo = 5;
+using test::given::deviceNo;
 
 class TearingDown : public RecordTest {
   protected:

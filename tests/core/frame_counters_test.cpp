@@ -13,12 +13,11 @@ namespace torvik {
 namespace {
 
 using test::HeldElsewhere;
+using test::int16Type;
 using test::RecordTest;
 using test::runWithTimeouts;
 using test::TestClock;
-
-constexpr std::uint8_t deviceNo = 1;
-constexpr std::uint8_t int16Type = 0x10;
+using test::given::deviceNo;
 
 class FrameCountersTest : public RecordTest {
   protected:

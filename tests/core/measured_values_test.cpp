@@ -12,13 +12,13 @@ namespace {
 
 using namespace std::chrono_literals;
 using test::HeldElsewhere;
+using test::int16Type;
+using test::mutexTimeout;
 using test::RecordTest;
 using test::runWithTimeouts;
 using test::TestClock;
 
 constexpr std::uint32_t dataBuffer = 0x30000106;
-constexpr std::uint32_t mutexTimeout = 0x30000112;
-constexpr std::uint8_t int16Type = 0x10;
 
 class MeasuredValues : public RecordTest {
   protected:

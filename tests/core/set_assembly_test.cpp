@@ -10,11 +10,11 @@
 namespace torvik {
 namespace {
 
+using test::float32Type;
+using test::int16Type;
+using test::int24Type;
 using test::RecordTest;
 
-constexpr std::uint8_t int16Type = 0x10;
-constexpr std::uint8_t int24Type = 0x20;
-constexpr std::uint8_t float32Type = 0x30;
 constexpr std::uint64_t quietNan = 0x7FF8000000000000;
 
 class SetAssemblyTest : public RecordTest {

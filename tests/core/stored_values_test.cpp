@@ -11,10 +11,10 @@
 namespace torvik {
 namespace {
 
+using test::int16Type;
 using test::RecordTest;
 using testing::ElementsAre;
 
-constexpr std::uint8_t int16Type = 0x10;
 constexpr std::int32_t bufferLength = 8;
 constexpr double int16Scale = 2.1 / 65535;
 constexpr double untouched = 77.0;

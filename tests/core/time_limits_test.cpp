@@ -13,8 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-
-constexpr std::uint8_t deviceNo = 5;
+using test::given::deviceNo;
 
 class TimeLimit : public test::RecordTest {
   protected:
@@ -46,7 +45,7 @@ class TimeLimit : public test::RecordTest {
 
 TEST_F(TimeLimit, AnswerIsWaitedForTwoSeconds) {
     expectAbout(timeOf([] { EXPECT_EQ(receive(), -1); }), 2000ms);
-    EXPECT_EQ(record.lastError, 0x30000058u);
+    EXPECT_EQ(record.lastError, test::answerTimeout);
 }
 
 TEST_F(TimeLimit, BusyDeviceIsWaitedForFourSeconds) {

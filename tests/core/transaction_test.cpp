@@ -17,14 +17,14 @@ namespace torvik {
 namespace {
 
 using namespace std::chrono_literals;
+using test::answerTimeout;
 using test::FakeAdapter;
 using test::HeldElsewhere;
 using test::RecordTest;
 using test::runWithTimeouts;
 using test::TestClock;
+using test::given::deviceNo;
 
-constexpr std::uint8_t deviceNo = 5;
-constexpr std::uint32_t answerTimeout = 0x30000058;
 constexpr std::uint32_t internalCallFailed = 0x30000105;
 constexpr std::uint32_t notActive = 0x30000113;
 

@@ -26,7 +26,7 @@ struct Failure {
 };
 
 thread_local bool armed = false;
-thread_local int untouched = 0;
+thread_local int servicesUntouched = 0;
 thread_local Failure failure;
 
 std::atomic<std::int64_t> blocks = 0;
@@ -34,7 +34,7 @@ std::atomic<std::int64_t> files = 0;
 
 bool insideLibrary() {
     const auto occupied = [](const DeviceRecord& record) { return record.gate.occupied(); };
-    return untouched == 0 && (libraryGate.occupied() || std::ranges::any_of(deviceTable(), occupied));
+    return servicesUntouched == 0 && (libraryGate.occupied() || std::ranges::any_of(deviceTable(), occupied));
 }
 
 std::uint32_t atFaultPoint(platform::FaultPoint point) {
@@ -78,11 +78,11 @@ int injectedSystemError() {
 }
 
 ServicesUntouched::ServicesUntouched() {
-    ++untouched;
+    ++servicesUntouched;
 }
 
 ServicesUntouched::~ServicesUntouched() {
-    --untouched;
+    --servicesUntouched;
 }
 
 std::int64_t liveBlocks() {

@@ -16,6 +16,8 @@ namespace code {
 inline constexpr std::uint32_t frequencyOutOfRange = 0x30000064;
 }
 
+inline constexpr double unchangedDouble = untouched<double>();
+
 inline std::string hexOf(std::uint32_t word) {
     std::array<char, 16> text{};
     std::snprintf(text.data(), text.size(), "%02X %02X %02X %02X", word >> 24, word >> 16 & 0xFF, word >> 8 & 0xFF,

@@ -11,7 +11,6 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::SizeIs;
 
-constexpr double unchangedDouble = untouched<double>();
 constexpr std::uint32_t one = 0x01000000;  // 1.0 as a device tells it
 
 class ReadCoefficients : public FilterExports {

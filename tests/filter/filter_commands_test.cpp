@@ -9,7 +9,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr double unchangedDouble = untouched<double>();
 constexpr auto unchangedWord = untouched<std::uint32_t>();
 
 class FilterMask : public FilterExports {

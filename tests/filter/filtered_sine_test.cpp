@@ -20,11 +20,11 @@ constexpr std::int32_t measured = 1000;
 constexpr std::size_t channels = 5;
 
 // Amplitudes of the prototypes at an analogue frequency, 1 being the cut-off.
-double butterworth(double frequency, int order) {
+double butterworthAmplitude(double frequency, int order) {
     return 1.0 / std::sqrt(1.0 + std::pow(frequency, 2.0 * order));
 }
 
-double bessel(double frequency, int order) {
+double besselAmplitude(double frequency, int order) {
     // The polynomials of second and fourth order and the frequencies where they are at half power.
     if (order == 2) {
         const std::complex<double> s(0.0, 1.3616541287161305 * frequency);
@@ -40,7 +40,7 @@ struct Characteristic {
     double (*amplitude)(double frequency, int order);
 };
 
-constexpr Characteristic characteristics[] = {{"Bessel", 1, bessel}, {"Butterworth", 2, butterworth}};
+constexpr Characteristic characteristics[] = {{"Bessel", 1, besselAmplitude}, {"Butterworth", 2, butterworthAmplitude}};
 
 struct Kind {
     const char* name;

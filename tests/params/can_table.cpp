@@ -15,7 +15,7 @@ Call setId(std::array<u8, 4> code) {
     };
 }
 
-std::vector<ExportRow> rows() {
+std::vector<ExportRow> canRows() {
     return {
         getter("TORVIKgetCANSettings", reads<u32>(TORVIKgetCANSettings, u8{2}), "81 8C 02", {0xFE, 0xDC, 0xBA, 0x98},
                show(0xFEDCBA98)),
@@ -28,7 +28,7 @@ std::vector<ExportRow> rows() {
     };
 }
 
-std::vector<RefusedCall> refused() {
+std::vector<RefusedCall> canCallsRefused() {
     return {
         beforeActivity("getCANSettingsNull", writes(TORVIKgetCANSettings, u8{0}, nullptr)),
         beforeActivity("setIDNull", writes(TORVIKsetID, nullptr)),
@@ -42,7 +42,7 @@ std::vector<RefusedCall> refused() {
     };
 }
 
-std::vector<AcceptedCall> accepted() {
+std::vector<AcceptedCall> canCallsAccepted() {
     return {
         {"getCANSettingsIndex255", reads<u32>(TORVIKgetCANSettings, u8{255}), "81 8C FF"},
         {"setCANSettingsIndex255", writes(TORVIKsetCANSettings, u8{255}, -2), "85 8D FF FF FF FF FE"},
@@ -59,7 +59,7 @@ std::vector<AcceptedCall> accepted() {
 }  // namespace
 
 ExportFamily canExports() {
-    return {rows(), refused(), accepted()};
+    return {canRows(), canCallsRefused(), canCallsAccepted()};
 }
 
 }  // namespace torvik::test

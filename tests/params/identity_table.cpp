@@ -32,7 +32,7 @@ Call tedsWord(u32 selector, std::int32_t length, u32 offset) {
     };
 }
 
-std::vector<ExportRow> rows() {
+std::vector<ExportRow> identityRows() {
     return {
         getter("TORVIKgetSerialNo", reads<u32>(TORVIKgetSerialNo), "80 1F", {0xFE, 0xDC, 0xBA, 0x98}, show(0xFEDCBA98)),
         setter("TORVIKsetSerialNo", writes(TORVIKsetSerialNo, 0x01020304), "84 20 01 02 03 04"),
@@ -72,7 +72,7 @@ std::vector<ExportRow> rows() {
     };
 }
 
-std::vector<RefusedCall> refused() {
+std::vector<RefusedCall> identityCallsRefused() {
     const auto teds = [](const char* name, std::int32_t length, u32 offset) {
         return beforeActivity(name, tedsWord(0, length, offset));
     };
@@ -104,7 +104,7 @@ std::vector<RefusedCall> refused() {
     };
 }
 
-std::vector<AcceptedCall> accepted() {
+std::vector<AcceptedCall> identityCallsAccepted() {
     return {
         {"setSerialNo1", writes(TORVIKsetSerialNo, 1), "84 20 00 00 00 01"},
         {"setSerialNoMinus1", writes(TORVIKsetSerialNo, -1), "84 20 FF FF FF FF"},
@@ -128,7 +128,7 @@ std::vector<AcceptedCall> accepted() {
 }  // namespace
 
 ExportFamily identityExports() {
-    return {rows(), refused(), accepted()};
+    return {identityRows(), identityCallsRefused(), identityCallsAccepted()};
 }
 
 }  // namespace torvik::test

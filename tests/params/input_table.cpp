@@ -28,7 +28,7 @@ Call allInTypesRanges(u32 channel) {
 
 const Answer endOfList{0xA2, {0x55}};
 
-std::vector<ExportRow> rows() {
+std::vector<ExportRow> inputRows() {
     std::vector<ExportRow> list = {
         getter("TORVIKgetInTypeRange", reads<u32, double>(TORVIKgetInTypeRange, 3U), "82 A2 03 00",
                {0x02, 0x00, 0x03, 0xE8}, show(2, 10.0)),
@@ -144,7 +144,7 @@ std::vector<RefusedCall> refusedCalibration() {
     };
 }
 
-std::vector<AcceptedCall> accepted() {
+std::vector<AcceptedCall> inputCallsAccepted() {
     const auto range = [](u32 channel, u32 entry, double value) {
         return writes(TORVIKFABwriteInputRange, channel, entry, value);
     };
@@ -181,7 +181,7 @@ ExportFamily inputExports() {
     std::vector<RefusedCall> refused = refusedRanges();
     for (const auto& calls : {refusedSensitivities(), refusedCalibration()})
         refused.insert(refused.end(), calls.begin(), calls.end());
-    return {rows(), std::move(refused), accepted()};
+    return {inputRows(), std::move(refused), inputCallsAccepted()};
 }
 
 }  // namespace torvik::test

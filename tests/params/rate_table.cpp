@@ -9,7 +9,7 @@ namespace {
 
 using u32 = std::uint32_t;
 
-std::vector<ExportRow> rows() {
+std::vector<ExportRow> rateRows() {
     return {
         getter("TORVIKgetFrequency", reads<double>(TORVIKgetFrequency), "80 8A", {0x44, 0x9A, 0x50, 0x00},
                show(1234.5)),
@@ -33,7 +33,7 @@ std::vector<ExportRow> rows() {
     };
 }
 
-std::vector<RefusedCall> refused() {
+std::vector<RefusedCall> rateCallsRefused() {
     return {
         beforeActivity("getFrequencyNull", writes(TORVIKgetFrequency, nullptr)),
         beforeActivity("getCounterFreqModeInput3", reads<u32>(TORVIKgetCounterFreqMode, 3, 0U)),
@@ -49,7 +49,7 @@ std::vector<RefusedCall> refused() {
     };
 }
 
-std::vector<AcceptedCall> accepted() {
+std::vector<AcceptedCall> rateCallsAccepted() {
     return {
         {"getCounterFreqModeInput0Sub0", reads<u32>(TORVIKgetCounterFreqMode, 0, 0U), "81 69 00"},
         {"getCounterFreqModeInputMinus1", reads<u32>(TORVIKgetCounterFreqMode, -1, 3U), "81 69 F3"},
@@ -67,7 +67,7 @@ std::vector<AcceptedCall> accepted() {
 }  // namespace
 
 ExportFamily rateExports() {
-    return {rows(), refused(), accepted()};
+    return {rateRows(), rateCallsRefused(), rateCallsAccepted()};
 }
 
 }  // namespace torvik::test

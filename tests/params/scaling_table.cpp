@@ -11,7 +11,7 @@ namespace {
 using u8 = std::uint8_t;
 using u32 = std::uint32_t;
 
-std::vector<ExportRow> rows() {
+std::vector<ExportRow> scalingRows() {
     return {
         setter("TORVIKsetZero", writes(TORVIKsetZero, 3U), "81 0C 03"),
         setter("TORVIKwriteZero", writes(TORVIKwriteZero, 3U, 0x01020304), "85 03 03 01 02 03 04"),
@@ -84,7 +84,7 @@ const std::vector<Member>& setters() {
     return members;
 }
 
-std::vector<RefusedCall> refused() {
+std::vector<RefusedCall> scalingCallsRefused() {
     std::vector<RefusedCall> calls;
     for (const Member& member : getters()) {
         for (const u32 channel : {0U, 9U, 257U})
@@ -132,7 +132,7 @@ std::vector<RefusedCall> refused() {
     return calls;
 }
 
-std::vector<AcceptedCall> accepted() {
+std::vector<AcceptedCall> scalingCallsAccepted() {
     std::vector<AcceptedCall> calls;
     for (const Member& member : getters()) {
         for (const u32 channel : {1U, 8U}) {
@@ -163,7 +163,7 @@ std::vector<AcceptedCall> accepted() {
 }  // namespace
 
 ExportFamily scalingExports() {
-    return {rows(), refused(), accepted()};
+    return {scalingRows(), scalingCallsRefused(), scalingCallsAccepted()};
 }
 
 }  // namespace torvik::test

@@ -21,7 +21,7 @@ Call unitText(u32 channel, std::int32_t mode) {
     };
 }
 
-std::vector<ExportRow> rows() {
+std::vector<ExportRow> unitRows() {
     return {
         getter("TORVIKgetUnitNo", reads<u32>(TORVIKgetUnitNo, 3), "81 0F 03", {33, 0xFF, 0xFF, 0xFF}, show(33)),
         setter("TORVIKsetUnitNo", writes(TORVIKsetUnitNo, 3U, 33U), "82 10 03 21"),
@@ -30,7 +30,7 @@ std::vector<ExportRow> rows() {
     };
 }
 
-std::vector<RefusedCall> refused() {
+std::vector<RefusedCall> unitCallsRefused() {
     const auto setText = [](const char* name, u32 channel, std::int32_t mode, const char* text) {
         return beforeActivity(name, writes(TORVIKsetUnitText, channel, mode, text));
     };
@@ -71,7 +71,7 @@ std::vector<RefusedCall> refused() {
     return calls;
 }
 
-std::vector<AcceptedCall> accepted() {
+std::vector<AcceptedCall> unitCallsAccepted() {
     return {
         {"getUnitNoChannel1", reads<u32>(TORVIKgetUnitNo, 1), "81 0F 01"},
         {"getUnitNoChannel7", reads<u32>(TORVIKgetUnitNo, 7), "81 0F 07"},
@@ -90,7 +90,7 @@ std::vector<AcceptedCall> accepted() {
 }  // namespace
 
 ExportFamily unitExports() {
-    return {rows(), refused(), accepted()};
+    return {unitRows(), unitCallsRefused(), unitCallsAccepted()};
 }
 
 }  // namespace torvik::test

@@ -8,6 +8,17 @@
 
 namespace torvik::test {
 
+inline constexpr std::uint8_t usb = 0x51;  // the channel's handle
+
+// Fault hooks: the system refuses an event, a thread.
+inline std::uint32_t failEvent(platform::FaultPoint point) {
+    return point == platform::FaultPoint::eventCreate ? 8 : 0;
+}
+
+inline std::uint32_t failThread(platform::FaultPoint point) {
+    return point == platform::FaultPoint::threadStart ? 8 : 0;
+}
+
 // Every test finds the channel closed and is left with the channel closed and nothing failing.
 class AdapterTest : public RecordTest {
   protected:

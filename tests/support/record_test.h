@@ -9,6 +9,19 @@
 
 namespace torvik::test {
 
+namespace given {
+inline constexpr std::uint8_t deviceNo = 5;
+}
+
+// As byte 1 of a value frame tells them.
+inline constexpr std::uint8_t int16Type = 0x10;
+inline constexpr std::uint8_t int24Type = 0x20;
+inline constexpr std::uint8_t float32Type = 0x30;
+
+// Codes as applications see them.
+inline constexpr std::uint32_t answerTimeout = 0x30000058;
+inline constexpr std::uint32_t mutexTimeout = 0x30000112;
+
 struct Identifiers {
     std::uint32_t command = 0x100;
     std::uint32_t answer = 0x101;

@@ -7,7 +7,7 @@ namespace torvik::test {
 
 namespace {
 constexpr std::chrono::milliseconds slice(1);
-constexpr std::chrono::seconds patience(10);
+constexpr std::chrono::seconds clockPatience(10);
 }  // namespace
 
 TestClock::TestClock() : start_(platform::systemNow()), now_(start_) {
@@ -52,7 +52,7 @@ std::optional<platform::Duration> TestClock::untilEarliestDeadline() {
 }
 
 bool TestClock::untilWaiting(std::size_t waiting) {
-    const platform::TimePoint limit = platform::systemNow() + patience;
+    const platform::TimePoint limit = platform::systemNow() + clockPatience;
     while (platform::systemNow() < limit) {
         {
             const std::scoped_lock lock(mutex_);

@@ -174,12 +174,11 @@ TEST_F(ValueCommands, NumbersAboveThirtyNineHaveTheirOwnResults) {
 }
 
 TEST_F(ValueCommands, DroppedAnswerEndsAfterTwoSecondsAndTheDeviceIsFreeAgain) {
-    using Clock = std::chrono::steady_clock;
     drop(0x3A, 1);
     std::uint32_t value = 77;
-    const auto begun = Clock::now();
+    const auto begun = std::chrono::steady_clock::now();
     EXPECT_EQ(TORVIKgetRawValue(device, 1, &value), -1);
-    const auto taken = Clock::now() - begun;
+    const auto taken = std::chrono::steady_clock::now() - begun;
     EXPECT_GE(taken, std::chrono::milliseconds(1990));
     EXPECT_LT(taken, std::chrono::milliseconds(3500));
     EXPECT_EQ(value, 77u);

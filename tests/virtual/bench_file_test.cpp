@@ -14,7 +14,7 @@ namespace {
 using namespace virtual_adapter;
 using ConfiguredAdapter = ClosedAdapter;
 
-std::string refusal(const std::string& text) {
+std::string refusalOfFile(const std::string& text) {
     const BenchResult result = parseBench(text, "bench");
     return result.bench ? "understood" : result.message;
 }
@@ -102,41 +102,47 @@ TEST(BenchFile, CopiesGetIdentifiersAndSeedsOfTheirOwn) {
 }
 
 TEST(BenchFile, RefusalsSayWhereAndWhy) {
-    EXPECT_EQ(refusal("[[amplifier]]\nchannels = 9\n"), "bench:2:12: \"channels\" is not a whole number of 1..8");
-    EXPECT_EQ(refusal("[[amplifier]]\nchannels = \"6\"\n"), "bench:2:12: \"channels\" is not a whole number of 1..8");
-    EXPECT_EQ(refusal("[[amplifier]]\n\nfirmware = -1\n"),
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nchannels = 9\n"), "bench:2:12: \"channels\" is not a whole number of 1..8");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nchannels = \"6\"\n"),
+              "bench:2:12: \"channels\" is not a whole number of 1..8");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\n\nfirmware = -1\n"),
               "bench:3:12: \"firmware\" is not a whole number of 0..4294967295");
-    EXPECT_EQ(refusal("[[amplifier]]\ncolour = 1\n"), "bench:2:10: unknown key \"colour\"");
-    EXPECT_EQ(refusal("[[amplifier]]\nvalue_type = \"int32\"\n"),
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\ncolour = 1\n"), "bench:2:10: unknown key \"colour\"");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nvalue_type = \"int32\"\n"),
               "bench:2:14: \"value_type\" is none of int16, int24, float32");
-    EXPECT_EQ(refusal("[[amplifier]]\nfrequency = 0\n"), "bench:2:13: \"frequency\" is not a number in its range");
-    EXPECT_EQ(refusal("[[amplifier]]\nfrequency = inf\n"), "bench:2:13: \"frequency\" is not a number in its range");
-    EXPECT_EQ(refusal("[[amplifier]]\nfrequency = \"1\"\n"), "bench:2:13: \"frequency\" is not a number in its range");
-    EXPECT_EQ(refusal("[[amplifier]]\nprotocol = 17\n"), "bench:2:12: \"protocol\" is neither 16 nor 32");
-    EXPECT_EQ(refusal("[[amplifier]]\nstreaming = 1\n"), "bench:2:13: \"streaming\" is neither true nor false");
-    EXPECT_EQ(refusal("[[amplifier]]\ninterface_ident = [1, 2]\n"),
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nfrequency = 0\n"),
+              "bench:2:13: \"frequency\" is not a number in its range");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nfrequency = inf\n"),
+              "bench:2:13: \"frequency\" is not a number in its range");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nfrequency = \"1\"\n"),
+              "bench:2:13: \"frequency\" is not a number in its range");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nprotocol = 17\n"), "bench:2:12: \"protocol\" is neither 16 nor 32");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nstreaming = 1\n"), "bench:2:13: \"streaming\" is neither true nor false");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\ninterface_ident = [1, 2]\n"),
               "bench:2:19: \"interface_ident\" is not an array of 4 numbers");
-    EXPECT_EQ(refusal("[[amplifier]]\nserial = 0\n"), "bench:2:10: \"serial\" is not a whole number of 1..4294967295");
-    EXPECT_EQ(refusal("[[amplifier]]\nranges = [[1, 2], [256, 2]]\n"),
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nserial = 0\n"),
+              "bench:2:10: \"serial\" is not a whole number of 1..4294967295");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nranges = [[1, 2], [256, 2]]\n"),
               "bench:2:20: \"ranges\" is not a whole number of 0..255");
-    EXPECT_EQ(refusal("[[amplifier]]\nranges = [1, 2]\n"), "bench:2:11: \"ranges\" does not consist of 2 numbers each");
-    EXPECT_EQ(refusal("[[amplifier]]\nranges = 1\n"), "bench:2:10: \"ranges\" is not an array of at most 12");
-    EXPECT_EQ(refusal("[amplifier]\n"), "bench:1:1: \"amplifier\" is not an array of tables");
-    EXPECT_EQ(refusal("bus = 1\n"), "bench:1:7: \"bus\" is not a table");
-    EXPECT_EQ(refusal("[[amplifier]]\nchannels = 1\n[[amplifier.signal]]\n[[amplifier.signal]]\n"),
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nranges = [1, 2]\n"),
+              "bench:2:11: \"ranges\" does not consist of 2 numbers each");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nranges = 1\n"), "bench:2:10: \"ranges\" is not an array of at most 12");
+    EXPECT_EQ(refusalOfFile("[amplifier]\n"), "bench:1:1: \"amplifier\" is not an array of tables");
+    EXPECT_EQ(refusalOfFile("bus = 1\n"), "bench:1:7: \"bus\" is not a table");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nchannels = 1\n[[amplifier.signal]]\n[[amplifier.signal]]\n"),
               "bench:4:1: more than 1 of \"signal\"");
-    EXPECT_EQ(refusal("[[amplifier]]\n[[amplifier]]\ncommand=5\nanswer=6\nvalue=7\ncopies=39\n"),
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\n[[amplifier]]\ncommand=5\nanswer=6\nvalue=7\ncopies=39\n"),
               "bench:2:1: more than 39 amplifiers");
-    EXPECT_EQ(refusal("[[amplifier]]\ncopies = 39\nidentifier_step = 100\n"),
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\ncopies = 39\nidentifier_step = 100\n"),
               "bench:1:1: the copies need identifiers above 0x7FF");
-    EXPECT_NE(refusal("[[amplifier\n").find("bench:1:12: "), std::string::npos) << refusal("[[amplifier\n");
+    EXPECT_NE(refusalOfFile("[[amplifier\n").find("bench:1:12: "), std::string::npos) << refusalOfFile("[[amplifier\n");
 }
 
 TEST(BenchFile, EqualIdentifiersAreRefusedUnlessAskedFor) {
-    EXPECT_EQ(refusal("[[amplifier]]\n[[amplifier]]\n"), "bench:2:1: identifier 0x100 is used twice");
-    EXPECT_EQ(refusal("[[amplifier]]\nanswer = 0x102\n"), "bench:1:1: identifier 0x102 is used twice");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\n[[amplifier]]\n"), "bench:2:1: identifier 0x100 is used twice");
+    EXPECT_EQ(refusalOfFile("[[amplifier]]\nanswer = 0x102\n"), "bench:1:1: identifier 0x102 is used twice");
     EXPECT_EQ(understood("[bus]\nequal_identifiers = true\n[[amplifier]]\n[[amplifier]]\n").amplifiers.size(), 2U);
-    EXPECT_EQ(refusal("[bus]\nequal_identifiers = true\n[[amplifier]]\nanswer = 0x102\n"),
+    EXPECT_EQ(refusalOfFile("[bus]\nequal_identifiers = true\n[[amplifier]]\nanswer = 0x102\n"),
               "bench:3:1: identifier 0x102 is used twice");
 }
 

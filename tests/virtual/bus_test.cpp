@@ -14,14 +14,14 @@ namespace {
 using namespace virtual_adapter;
 
 constexpr Nanoseconds kStart = 1'000'000'000;
-constexpr std::uint32_t kMegabit = 1'000'000;
+constexpr std::uint32_t kOneMegabit = 1'000'000;
 constexpr Nanoseconds kFullFrame = 123'000;
 constexpr Nanoseconds kSecond = 1'000'000'000;
 
 class BusOnAHandDrivenClock : public testing::Test, protected FrameReceiver {
   protected:
     // The bus is too large for the stack of some systems.
-    void open(const BenchConfig& bench, std::uint32_t bitRate = kMegabit) {
+    void open(const BenchConfig& bench, std::uint32_t bitRate = kOneMegabit) {
         bus = std::make_unique<Bus>(counters);
         bus->setUp(bench);
         bus->open(kStart, bitRate);
@@ -146,7 +146,7 @@ TEST_F(BusOnAHandDrivenClock, WithTimingAFrameOnTheWireIsNotInterrupted) {
 TEST_F(BusOnAHandDrivenClock, WithTimingCommandsTakeTheirTimeToo) {
     open({true, {amplifier(0x100, 1, 1, false)}});
     write(0x100, {0x80, 0x2B}, 0);
-    const Nanoseconds commandTime = frameDuration(frameBits(kStandardFrame, 2), kMegabit);
+    const Nanoseconds commandTime = frameDuration(frameBits(kStandardFrame, 2), kOneMegabit);
     EXPECT_EQ(bus->nextDue(), kStart + commandTime + kFullFrame);
     advance(commandTime + kFullFrame - 1);
     EXPECT_TRUE(received.empty());

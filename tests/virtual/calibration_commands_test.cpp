@@ -9,7 +9,7 @@ constexpr std::uint8_t kSerial = 0;  // number of the array
 constexpr std::array<std::uint8_t, 8> kLateArrays{6, 7, 8, 9, 10, 11, 12, 0x86};
 constexpr std::array<std::uint8_t, 13> kLastElements{0, 0, 35, 2, 5, 0, 5, 0, 35, 5, 5, 5, 2};
 
-void store(std::uint8_t slot) {
+void storeSlot(std::uint8_t slot) {
     ASSERT_EQ(ask({0x7F, slot}), kAcknowledged);
 }
 
@@ -63,9 +63,9 @@ TEST_F(CalibrationCommands, SerialNumberHasEightDigits) {
 
 TEST_F(CalibrationCommands, SlotsKeepWhatWasStoredInThem) {
     EXPECT_EQ(askWithNumber({0x48, kSerial, 0}, 11), kAcknowledged);
-    store(0);
+    storeSlot(0);
     EXPECT_EQ(askWithNumber({0x48, kSerial, 0}, 12), kAcknowledged);
-    store(127);
+    storeSlot(127);
     EXPECT_EQ(ask({0x7D, 0}), kAcknowledged);
     EXPECT_EQ(ask({0x47, kSerial, 0}), toldNumber(11));
     EXPECT_EQ(ask({0x7D, 127}), kAcknowledged);
@@ -76,7 +76,7 @@ TEST_F(CalibrationCommands, SlotsKeepWhatWasStoredInThem) {
 
 TEST_F(CalibrationCommands, FlagOfASlotNumberMeansNothing) {
     EXPECT_EQ(askWithNumber({0x48, kSerial, 0}, 11), kAcknowledged);
-    store(0x83);
+    storeSlot(0x83);
     EXPECT_EQ(ask({0x7D, 0}), kAcknowledged);
     EXPECT_EQ(ask({0x7D, 3}), kAcknowledged);
     EXPECT_EQ(ask({0x47, kSerial, 0}), toldNumber(11));
@@ -84,7 +84,7 @@ TEST_F(CalibrationCommands, FlagOfASlotNumberMeansNothing) {
 
 TEST_F(CalibrationCommands, ResetKeepsTheSlotsAndForgetsWhatWasNotStored) {
     EXPECT_EQ(askWithNumber({0x48, kSerial, 0}, 11), kAcknowledged);
-    store(3);
+    storeSlot(3);
     EXPECT_EQ(askWithNumber({0x48, kSerial, 0}, 12), kAcknowledged);
     restart();
     EXPECT_EQ(ask({0x47, kSerial, 0}), toldNumber(11));
@@ -95,7 +95,7 @@ TEST_F(CalibrationCommands, ArrayNumberIsThatOfTheActiveSlot) {
     EXPECT_EQ(ask({0x54}), told({0, 0, 0}));
     EXPECT_EQ(ask({0x55, 7}), kAcknowledged);
     EXPECT_EQ(ask({0x54}), told({7, 0, 0}));
-    store(2);
+    storeSlot(2);
     EXPECT_EQ(ask({0x54}), told({2, 0, 0}));
 }
 
@@ -116,7 +116,7 @@ TEST_F(CalibrationCommands, ModelNameHasFourParts) {
 
 TEST_F(CalibrationCommands, ModelNameBelongsToTheSlot) {
     EXPECT_EQ(ask({0x1C, 1, 'a', 'b', 'c', 'd'}), kAcknowledged);
-    store(1);
+    storeSlot(1);
     EXPECT_EQ(ask({0x7D, 2}), kAcknowledged);
     EXPECT_EQ(ask({0x1B}), told({1, 0, 0, 0, 0}));
     drain();

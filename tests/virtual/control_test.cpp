@@ -13,7 +13,7 @@ void answerRule(std::uint32_t command, std::uint32_t action, std::uint32_t times
     virtualAnswerRule(0, command, action, times, microseconds, kReplacement.data());
 }
 
-void write(std::initializer_list<std::uint8_t> codeAndParameters) {
+void writeCommand(std::initializer_list<std::uint8_t> codeAndParameters) {
     CanMessage command = commandFrame(codeAndParameters);
     ASSERT_EQ(CAN_Write(kUsb, &command), kOk);
 }
@@ -25,7 +25,7 @@ void expectBalance() {
 
 TEST_F(Control, DroppedAnswerIsCountedAndItsCommandCarriedOut) {
     answerRule(0x23, VIRTUAL_ANSWER_DROP, 1);
-    write({0x23});
+    writeCommand({0x23});
     EXPECT_EQ(virtualQueued(), 0U);
     EXPECT_EQ(counters().answersDropped, 1U);
     EXPECT_EQ(counters().answersSent, 0U);
@@ -35,7 +35,7 @@ TEST_F(Control, DroppedAnswerIsCountedAndItsCommandCarriedOut) {
 TEST_F(Control, DelayedAnswerComesAtItsTime) {
     answerRule(kFirmware, VIRTUAL_ANSWER_DELAY, 1, 20'000);
     const auto start = std::chrono::steady_clock::now();
-    write({kFirmware});
+    writeCommand({kFirmware});
     EXPECT_EQ(virtualQueued(), 0U);
     ASSERT_TRUE(eventually([] { return virtualQueued() == 1; }));
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(20));
@@ -43,7 +43,7 @@ TEST_F(Control, DelayedAnswerComesAtItsTime) {
 
 TEST_F(Control, LaterAnswerOvertakesADelayedOne) {
     answerRule(kFirmware, VIRTUAL_ANSWER_DELAY, 1, 5'000);
-    write({kFirmware});
+    writeCommand({kFirmware});
     EXPECT_EQ(ask({0x8C, 2}).value()[5], 0x02);
     ASSERT_TRUE(eventually([] { return virtualQueued() == 1; }));
     EXPECT_EQ(readFrame().value().data[3], 0x04);
@@ -51,7 +51,7 @@ TEST_F(Control, LaterAnswerOvertakesADelayedOne) {
 
 TEST_F(Control, DoubledAnswerComesTwice) {
     answerRule(kFirmware, VIRTUAL_ANSWER_DOUBLE, 1);
-    write({kFirmware});
+    writeCommand({kFirmware});
     const auto frames = drain();
     ASSERT_EQ(frames.size(), 2U);
     EXPECT_EQ(dataOf(frames[0]), dataOf(frames[1]));
@@ -234,7 +234,7 @@ TEST_F(ControlOfStreams, StreamThatNobodyReadsOverrunsTheQueueAndIsCounted) {
 
 TEST_F(ControlOfStreams, CountersBalanceAfterEverything) {
     for (int round = 0; round < 20; ++round) {
-        write({kFirmware});
+        writeCommand({kFirmware});
         virtualSendSets(0, 5);
         for (int i = 0; i < 20; ++i)
             readFrame();
@@ -255,8 +255,8 @@ TEST_F(ControlOfStreams, CountersBalanceAfterEverything) {
 }
 
 TEST_F(Control, WrittenFramesAreHandedOutOldestFirst) {
-    write({kFirmware});
-    write({0x8C, 2});
+    writeCommand({kFirmware});
+    writeCommand({0x8C, 2});
     VirtualFrame written[3];
     ASSERT_EQ(virtualTakeWritten(written, 1), 1U);
     EXPECT_EQ(written[0].data[1], kFirmware);
@@ -290,7 +290,7 @@ TEST_F(Control, NothingIsPushedIntoAClosedChannel) {
 TEST_F(Control, ResetBringsEverythingBack) {
     answerRule(VIRTUAL_ANY_COMMAND, VIRTUAL_ANSWER_DROP, VIRTUAL_FOR_EVER);
     virtualFailCalls(VIRTUAL_INITIALIZE, 0x8, 0, VIRTUAL_FOR_EVER);
-    write({0x23});
+    writeCommand({0x23});
     virtualPause(1);
     virtualBusLoad(100, 0x7FF);
     ASSERT_EQ(virtualReset(), 0);

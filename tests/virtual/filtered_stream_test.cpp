@@ -3,15 +3,10 @@
 #include <span>
 #include <string>
 
-#include "answers.hpp"
+#include "filter_bytes.hpp"
 
 namespace virtual_test {
 namespace {
-
-constexpr std::uint8_t kFir = 0x80;
-constexpr std::uint8_t kOutput = 0x10;  // of an index: a coefficient of the outputs
-constexpr std::uint32_t kOne = 0x01000000;
-constexpr std::uint32_t kNegative = 0x80000000;
 
 const std::string kOneChannel = "channels = 1\nvalue_type = 'float32'\nunit = 'counts'\n";
 

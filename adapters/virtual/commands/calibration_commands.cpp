@@ -86,7 +86,7 @@ void writeModelName(CommandCall& call) {
     call.reply.acknowledge();
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kCalibrationRows[] = {
     {0x1B, 0, true, modelName, kWithModelName},
     {0x1C, 5, true, writeModelName, kWithModelName},
     {0x47, 2, true, readElement},
@@ -100,7 +100,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> calibrationCommands() {
-    return kRows;
+    return kCalibrationRows;
 }
 
 }  // namespace virtual_adapter

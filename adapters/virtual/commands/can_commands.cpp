@@ -53,7 +53,7 @@ void setTransmitMapping(CommandCall& call) {
     call.reply.acknowledge();
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kCanRows[] = {
     {0x19, 4, true, setIdentifier},      {0x1A, 0, true, identifierState}, {0x49, 1, true, transmitMapping},
     {0x4A, 3, true, setTransmitMapping}, {0x8C, 1, true, canSetting},      {0x8D, 5, true, setCanSetting},
 };
@@ -61,7 +61,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> canCommands() {
-    return kRows;
+    return kCanRows;
 }
 
 }  // namespace virtual_adapter

@@ -149,7 +149,7 @@ void storeFilters(CommandCall& call) {
     call.reply.acknowledge();
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kFilterRows[] = {
     {0x4B, 2, true, filterType}, {0x4C, 2, true, setFilterType}, {0x4D, 2, true, cutoff},
     {0x4E, 6, true, setCutoff},  {0x4F, 2, true, coefficient},   {0x50, 6, true, setCoefficient},
     {0x51, 0, true, filtersOn},  {0x52, 4, true, setFiltersOn},  {0x7E, 2, true, storeFilters},
@@ -158,7 +158,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> filterCommands() {
-    return kRows;
+    return kFilterRows;
 }
 
 }  // namespace virtual_adapter

@@ -70,7 +70,7 @@ void tedsActive(CommandCall& call) {
     call.reply.u32((1U << call.amplifier.config().signals.size()) - 1U);
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kIdentityRows[] = {
     {0x01, 1, true, interfaceIdent},
     {0x1F, 0, true, serialNumber},
     {0x20, 4, true, setSerialNumber},
@@ -87,7 +87,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> identityCommands() {
-    return kRows;
+    return kIdentityRows;
 }
 
 }  // namespace virtual_adapter

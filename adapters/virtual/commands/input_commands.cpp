@@ -70,7 +70,7 @@ void writeCalibration(CommandCall& call) {
     call.reply.acknowledge();
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kInputRows[] = {
     {0x17, 2, true, readCalibration}, {0x18, 6, true, writeCalibration}, {0x34, 6, true, writeInputRange},
     {0xA2, 2, true, inputTypeRange},  {0xA3, 2, true, setInputType},
 };
@@ -78,7 +78,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> inputCommands() {
-    return kRows;
+    return kInputRows;
 }
 
 }  // namespace virtual_adapter

@@ -59,7 +59,7 @@ void setAnalogueFilter(CommandCall& call) {
     call.reply.acknowledge();
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kRateRows[] = {
     {0x63, 1, true, dataRateLimit},     {0x69, 1, true, counterMode},  {0x6A, 5, true, setCounterMode},
     {0x8A, 0, true, frequency},         {0x8B, 4, true, setFrequency}, {0x90, 1, true, analogueFilter},
     {0x91, 2, true, setAnalogueFilter},
@@ -68,7 +68,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> rateCommands() {
-    return kRows;
+    return kRateRows;
 }
 
 }  // namespace virtual_adapter

@@ -52,7 +52,7 @@ void setOutputType(CommandCall& call) {
                    });
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kScalingRows[] = {
     {0x02, 1, true, zero},
     {0x03, 5, true, writeZero},
     {0x04, 1, true, readNumber<&ChannelScaling::outputOffset>},
@@ -74,7 +74,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> scalingCommands() {
-    return kRows;
+    return kScalingRows;
 }
 
 }  // namespace virtual_adapter

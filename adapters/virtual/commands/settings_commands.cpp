@@ -46,7 +46,7 @@ void switchBlocking(CommandCall& call) {
     call.reply.acknowledge();
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kSettingsRows[] = {
     {0x09, 1, true, loadSettings}, {0x0A, 1, true, storeSettings}, {0x26, 0, true, modeWord},
     {0x27, 4, true, setModeWord},  {0x78, 0, false, reset},        {0x92, 4, true, switchBlocking},
 };
@@ -54,7 +54,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> settingsCommands() {
-    return kRows;
+    return kSettingsRows;
 }
 
 }  // namespace virtual_adapter

@@ -28,7 +28,7 @@ void valueError(CommandCall& call) {
                                 static_cast<std::uint8_t>(entry.set)});
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kStatusRows[] = {
     {0x00, 0, true, resetStatus},
     {0x42, 1, true, protocolError},
     {0x43, 1, true, valueError},
@@ -37,7 +37,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> statusCommands() {
-    return kRows;
+    return kStatusRows;
 }
 
 }  // namespace virtual_adapter

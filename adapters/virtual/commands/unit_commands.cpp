@@ -36,7 +36,7 @@ void writeUserText(CommandCall& call) {
     call.reply.acknowledge();
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kUnitRows[] = {
     {0x0F, 1, true, unitNumber},
     {0x10, 2, true, setUnitNumber},
     {0x11, 1, true, userText},
@@ -46,7 +46,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> unitCommands() {
-    return kRows;
+    return kUnitRows;
 }
 
 }  // namespace virtual_adapter

@@ -74,7 +74,7 @@ void setTransmitMode(CommandCall& call) {
     call.reply.acknowledge();
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kValueRows[] = {
     {0x23, 0, true, stopStream}, {0x24, 0, true, startStream},  {0x25, 0, true, clearDeviceBuffer},
     {0x3A, 1, true, rawValue},   {0x3B, 0, false, oneSet},      {0x3C, 1, true, clearExtremes},
     {0x53, 1, true, extremes},   {0x80, 1, true, transmitMode}, {0x81, 3, true, setTransmitMode},
@@ -83,7 +83,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> valueCommands() {
-    return kRows;
+    return kValueRows;
 }
 
 }  // namespace virtual_adapter
