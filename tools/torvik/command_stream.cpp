@@ -12,6 +12,7 @@
 #include "loss_report.h"
 #include "number_option.h"
 #include "set_reader.h"
+#include "stopwatch.h"
 #include "stream_sinks.h"
 #include "stream_watch.h"
 
@@ -28,10 +29,6 @@ struct StreamOptions {
     bool csv = false;
     bool status = false;
 };
-
-double secondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
 
 std::unique_ptr<SetSink> makeSink(Session& session, const StreamOptions& options,
                                   const ConnectionOptions& connectionOptions, std::size_t channels) {

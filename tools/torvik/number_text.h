@@ -21,4 +21,12 @@ inline std::optional<std::uint32_t> parseNumber(std::string_view text) {
     return number;
 }
 
+/// Reads a number as C writes it, NaN and infinity among them. Anything else: none.
+inline std::optional<double> parseReal(std::string_view text) {
+    double number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc{} && stop == end ? std::optional(number) : std::nullopt;
+}
+
 }  // namespace torvik::tool

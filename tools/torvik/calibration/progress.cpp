@@ -7,6 +7,7 @@
 #include <future>
 
 #include "TORVIKstatistics.h"
+#include "stopwatch.h"
 
 namespace torvik::tool {
 
@@ -17,10 +18,6 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t barWidth = 30;
 constexpr int lineWidth = 79;
 constexpr auto redrawInterval = std::chrono::milliseconds(100);
-
-double secondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
 
 /// Those that calls have waited for, since the library was loaded.
 std::uint64_t answersTaken(const Connection& connection) {

@@ -4,13 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
-#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "failure.h"
+#include "number_text.h"
 
 namespace torvik::tool {
 
@@ -25,13 +24,6 @@ constexpr Choices<FilterKind, 4> filterKinds{{{"lowpass", FilterKind::lowPass},
                                               {"bandstop", FilterKind::bandStop}}};
 constexpr Choices<Characteristic, 2> characteristics{
     {{"bessel", Characteristic::bessel}, {"butterworth", Characteristic::butterworth}}};
-
-std::optional<double> parseReal(std::string_view text) {
-    double number = 0;
-    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc{} || stop != text.data() + text.size()) return std::nullopt;
-    return number;
-}
 
 template <class Choice, std::size_t Count>
 void addChoice(CLI::App& command, const std::string& name, Choice& choice, const Choices<Choice, Count>& choices,

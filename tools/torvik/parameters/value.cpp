@@ -29,12 +29,9 @@ std::optional<std::int64_t> parseWhole(std::string_view text) {
 }
 
 /// Finite numbers only: a device that keeps NaN or infinity spoils every value that it makes with it.
-std::optional<double> parseReal(std::string_view text) {
-    double number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    const bool isNumber = error == std::errc{} && stop == end && std::isfinite(number);
-    return isNumber ? std::optional(number) : std::nullopt;
+std::optional<double> parseFinite(std::string_view text) {
+    const auto number = parseReal(text);
+    return number && std::isfinite(*number) ? number : std::nullopt;
 }
 
 bool isWithin(double number, Limits limits) {
@@ -74,7 +71,7 @@ std::optional<Value> parseValue(ValueKind kind, Limits limits, std::string_view 
         }
         case ValueKind::single:
         case ValueKind::real: {
-            const auto number = parseReal(text);
+            const auto number = parseFinite(text);
             if (!number || !isWithin(*number, limits)) return std::nullopt;
             if (kind == ValueKind::single && !fitsSingle(*number)) return std::nullopt;
             return Value(*number);
