@@ -81,16 +81,15 @@ std::int32_t runBody(const DeviceCall& call, std::int32_t failed, Body& body) no
 template <class Body>
 std::int32_t deviceCall(std::int32_t deviceNo, std::int32_t failed, Body body) noexcept {
     const DeviceCall call(deviceNumber(deviceNo));
-    if (call.deviceNo() >= deviceLimit) {
-        const Visit inLibrary(libraryGate);
-        if (inLibrary.inside()) return runBody(call, failed, body);
-        setError(call.deviceNo(), error::notActive);
-        return failed;
-    }
-    const Visit inRecord(call.record().gate);
-    const std::int32_t result = inRecord.inside() ? runBody(call, failed, body) : failed;
-    if (!inRecord.inside() || (result == failed && call.record().gate.closing())) {
-        call.record().callCutShort = true;
+    const bool ofRecord = call.deviceNo() < deviceLimit;
+    CallGate& gate = ofRecord ? call.record().gate : libraryGate;
+    const Visit visit(gate);
+    // One call of the body, so that the compiler sets it in here: a call and what it spills cost a single read much.
+    const std::int32_t result = visit.inside() ? runBody(call, failed, body) : failed;
+    if (result != failed) [[likely]]
+        return result;
+    if (!visit.inside() || (ofRecord && gate.closing())) {
+        if (ofRecord) call.record().callCutShort = true;
         setError(call.deviceNo(), error::notActive);
     }
     return result;

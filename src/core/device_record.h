@@ -1,6 +1,7 @@
 // Everything the library keeps of one device.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstddef>
@@ -36,7 +37,10 @@ struct ValueBuffer {
     std::int32_t readIndex = 0;
     std::int32_t count = 0;
 
-    std::int32_t length() const;
+    std::int32_t length() const {
+        const std::int32_t bound = libraryState.valueBufferLength.load(std::memory_order_relaxed);
+        return entries ? std::min(bound, allocated) : bound;
+    }
 };
 
 struct AnswerSlot {

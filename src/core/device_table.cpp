@@ -9,14 +9,6 @@ namespace {
 constexpr std::size_t standardIdentifiers = 2048;
 constexpr std::uint8_t noRoute = 0xFF;
 
-// Never destroyed: other threads may be anywhere when the process ends, and may own any lock.
-union StaticTable {
-    constexpr StaticTable() : records{} {}
-    ~StaticTable() {}  // NOLINT(modernize-use-equals-default): that would be deleted
-    std::array<DeviceRecord, deviceLimit> records;
-};
-
-constinit StaticTable table;
 constinit std::atomic<std::uint32_t> lastErrorOutsideTable = 0;
 
 // First active record for each 11-bit identifier, so that routing does not walk the table for every frame.
@@ -53,21 +45,10 @@ void zeroValues(DeviceRecord& record) NO_THREAD_SAFETY_ANALYSIS {
 
 }  // namespace
 
-std::int32_t ValueBuffer::length() const {
-    const std::int32_t bound = libraryState.valueBufferLength.load(std::memory_order_relaxed);
-    return entries ? std::min(bound, allocated) : bound;
-}
-
-DeviceRecord& deviceRecord(std::uint8_t deviceNo) {
-    return table.records[deviceNo];
-}
-
-std::array<DeviceRecord, deviceLimit>& deviceTable() {
-    return table.records;
-}
+constinit StaticTable staticTable;
 
 std::atomic<std::uint32_t>& lastErrorOf(std::uint8_t deviceNo) {
-    return deviceNo < deviceLimit ? table.records[deviceNo].lastError : lastErrorOutsideTable;
+    return deviceNo < deviceLimit ? deviceTable()[deviceNo].lastError : lastErrorOutsideTable;
 }
 
 void setError(std::uint8_t deviceNo, std::uint32_t code) {
@@ -82,19 +63,19 @@ DeviceRecord* findReceiver(std::uint32_t identifier) {
     if (identifier < standardIdentifiers) {
         const std::uint8_t deviceNo = routes[identifier];
         if (deviceNo == noRoute) return nullptr;
-        if (receives(table.records[deviceNo], identifier)) [[likely]]
-            return &table.records[deviceNo];
+        if (receives(deviceTable()[deviceNo], identifier)) [[likely]]
+            return &deviceTable()[deviceNo];
     }
     const auto found = std::ranges::find_if(
-        table.records, [identifier](const DeviceRecord& record) { return receives(record, identifier); });
-    return found == table.records.end() ? nullptr : &*found;
+        deviceTable(), [identifier](const DeviceRecord& record) { return receives(record, identifier); });
+    return found == deviceTable().end() ? nullptr : &*found;
 }
 
 void updateRoutes() {
     routes.fill(noRoute);
     // Backwards, so that the lowest device number wins.
     for (std::uint8_t deviceNo = deviceLimit; deviceNo-- > 0;) {
-        const DeviceRecord& record = table.records[deviceNo];
+        const DeviceRecord& record = deviceTable()[deviceNo];
         if (!record.active) continue;
         if (record.answerCanId < standardIdentifiers) routes[record.answerCanId] = deviceNo;
         if (record.valueCanId < standardIdentifiers) routes[record.valueCanId] = deviceNo;

@@ -17,9 +17,22 @@ constexpr std::uint8_t deviceNumber(std::int32_t deviceNo) {
     return static_cast<std::uint8_t>(deviceNo & 0xFF);
 }
 
+// Never destroyed: other threads may be anywhere when the process ends, and may own any lock.
+union StaticTable {
+    constexpr StaticTable() : records{} {}
+    ~StaticTable() {}  // NOLINT(modernize-use-equals-default): that would be deleted
+    std::array<DeviceRecord, deviceLimit> records;
+};
+extern constinit StaticTable staticTable;
+
+inline std::array<DeviceRecord, deviceLimit>& deviceTable() {
+    return staticTable.records;
+}
+
 // The record of a device number 0..39.
-DeviceRecord& deviceRecord(std::uint8_t deviceNo);
-std::array<DeviceRecord, deviceLimit>& deviceTable();
+inline DeviceRecord& deviceRecord(std::uint8_t deviceNo) {
+    return deviceTable()[deviceNo];
+}
 
 // The last error of any device number 0..255; 40..255 share one place.
 std::atomic<std::uint32_t>& lastErrorOf(std::uint8_t deviceNo);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 
 #include "core/device_table.h"
 #include "core/error_codes.h"
@@ -15,7 +14,10 @@ namespace {
 constexpr double int16Scale = 2.1 / 65535;
 constexpr double int24Scale = 2.1 / 16777215;
 
-std::optional<double> scaleOf(ValueType type) {
+constexpr double noScale = 0.0;
+
+// noScale: the format is unknown.
+double scaleOf(ValueType type) {
     switch (type) {
         case ValueType::int16:
             return int16Scale;
@@ -24,7 +26,7 @@ std::optional<double> scaleOf(ValueType type) {
         case ValueType::float32:
             return 1.0;
         default:
-            return std::nullopt;
+            return noScale;
     }
 }
 
@@ -87,9 +89,9 @@ std::int32_t readValue(DeviceRecord& record, std::uint32_t channel, double& valu
     }
     if (!buffer.entries) return fail(record, error::dataBuffer);
     const double raw = takeEntry(buffer).value;
-    const std::optional<double> scale = scaleOf(record.lastValueType);
-    if (!scale) return fail(record, error::unknownValueFormat);
-    value = raw * *scale;
+    const double scale = scaleOf(record.lastValueType);
+    if (scale == noScale) return fail(record, error::unknownValueFormat);
+    value = raw * scale;
     return 1;
 }
 
@@ -100,15 +102,15 @@ std::int32_t readChannel(DeviceRecord& record, std::uint32_t channel, std::span<
     ValueBuffer& buffer = record.valueBuffer[channel - 1];
     if (buffer.count == 0) return 0;
     if (!buffer.entries) return fail(record, error::dataBuffer);
-    const std::optional<double> scale = scaleOf(record.lastValueType);
-    if (!scale) {
+    const double scale = scaleOf(record.lastValueType);
+    if (scale == noScale) {
         takeEntry(buffer);
         return fail(record, error::unknownValueFormat);
     }
     const std::size_t wanted = std::min(values.size(), static_cast<std::size_t>(buffer.count));
     for (std::size_t done = 0; done < wanted;) {
         const std::span<const ValueEntry> run = takeRun(buffer, wanted - done);
-        copyScaled(run, *scale, values.data() + done);
+        copyScaled(run, scale, values.data() + done);
         if (status != nullptr) copyStatus(run, status + done);
         done += run.size();
     }
@@ -128,13 +130,13 @@ std::int32_t readSets(DeviceRecord& record, std::span<double> values, std::int32
         waiting = std::min(waiting, buffer.count);
     if (waiting == 0 || buffers.empty()) return 0;
     const std::size_t wanted = std::min(static_cast<std::size_t>(waiting) * buffers.size(), values.size());
-    const std::optional<double> scale = scaleOf(record.lastValueType);
+    const double scale = scaleOf(record.lastValueType);
     for (std::size_t i = 0; i < wanted; ++i) {
         ValueBuffer& buffer = buffers[i % buffers.size()];
         if (!buffer.entries) return fail(record, error::dataBuffer);
         const ValueEntry& entry = takeEntry(buffer);
-        if (!scale) return fail(record, error::unknownValueFormat);
-        values[i] = entry.value * *scale;
+        if (scale == noScale) return fail(record, error::unknownValueFormat);
+        values[i] = entry.value * scale;
         if (status != nullptr) status[i] = entry.status & 0x0F;
     }
     countRead = static_cast<std::int32_t>(wanted);
