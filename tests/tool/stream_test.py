@@ -1,4 +1,5 @@
 """torvik stream into a pipe or a file: plain CSV."""
+import os
 import signal
 import time
 import unittest
@@ -121,6 +122,35 @@ class Faults(ToolTest):
                 errors = process.stderr.read().decode()
                 self.assertEqual(process.wait(20), OUTPUT_FAILED)
         self.assertIn("writing to standard output failed", errors)
+
+
+@unittest.skipIf("BUS_DISTURBER_LIBRARY" not in os.environ, "nothing can be preloaded into this build")
+class LossesOnTheBus(ToolTest):
+    def report(self, bench, sets, disturbance):
+        """What the tool says at the end of so many sets when the bus was disturbed after the first ones."""
+        env = environment(LD_PRELOAD=os.environ["BUS_DISTURBER_LIBRARY"], BUS_DISTURBANCE=disturbance)
+        with started("stream", "--simulate", self.bench(bench), "--count", str(sets), env=env) as process:
+            process.stdout.readline()
+            process.stdout.readline()
+            process.send_signal(signal.SIGUSR1)
+            errors = process.communicate(timeout=60)[1].decode()
+            self.assertEqual(process.returncode, VALUES_LOST, errors)
+        self.assertIn(f"torvik: {sets} sets, but there are losses\n", errors)
+        return errors
+
+    def test_a_few_sets_that_are_missing_are_counted(self):
+        errors = self.report("[[amplifier]]\nfrequency = 1000\nchannels = 1\n", 2000, "skip-first-channel 3")
+        self.assertIn("  bus:     3 sets missing by their numbers\n", errors)
+        self.assertIn("  bus:     1 times the sets' numbers jumped; losses by jumps back or over 32767 are not counted\n", errors)
+
+    def test_a_gap_too_long_for_the_sets_numbers_is_a_loss_of_unknown_size(self):
+        errors = self.report("[[amplifier]]\nfrequency = 20000\nchannels = 1\n", 40000, "skip-first-channel 40000")
+        self.assertIn("  bus:     1 times the sets' numbers jumped; how many sets were lost is not known\n", errors)
+        self.assertNotIn("missing by their numbers", errors)
+
+    def test_a_bus_that_was_off_may_have_lost_frames(self):
+        errors = self.report("[[amplifier]]\nfrequency = 100\n", 100, "bus-off 2")
+        self.assertIn("  adapter: 2 times the bus was off; frames may be lost\n", errors)
 
 
 class Interruption(ToolTest):
