@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <span>
 #include <string_view>
 
@@ -21,12 +22,16 @@ double handOffsBeyondDelay(const Round& round) {
     return beyond / round.find(name::handOff)->second;
 }
 
+// What is a ratio of times varies with the machine; what is a count must be kept in every round.
+enum class Judged : std::uint8_t { median, largest };
+
 struct Row {
     const char* text;
     std::vector<const char*> benchmarks;
     double (*value)(const Round& round);
     bool atLeast;
     double goal;
+    Judged judged = Judged::median;
 };
 
 const Row rows[] = {
@@ -79,12 +84,14 @@ const Row rows[] = {
      {name::receiveCalls},
      [](const Round& round) { return round.find(name::allocations)->second; },
      false,
-     0},
+     0,
+     Judged::largest},
     {"receive path, 32,767 frames: system calls",
      {name::receiveCalls},
      [](const Round& round) { return round.find(name::systemCalls)->second; },
      false,
-     0},
+     0,
+     Judged::largest},
 };
 
 // The error of the first benchmark of the row that has one, or null.
@@ -106,9 +113,9 @@ std::vector<double> sortedValues(const Row& row, std::span<const Round> rounds) 
 
 // Result: whether the goal is met.
 bool printRow(const Row& row, std::span<const double> values) {
-    const double median = values[values.size() / 2];
-    const bool met = row.atLeast ? median >= row.goal : median <= row.goal;
-    fmt::print("{:<68} {:>8.2f}  {:>7.2f} .. {:<7.2f}  {} {:<5.1f} {}\n", row.text, median, values[values.size() / 4],
+    const double judged = row.judged == Judged::largest ? values.back() : values[values.size() / 2];
+    const bool met = row.atLeast ? judged >= row.goal : judged <= row.goal;
+    fmt::print("{:<68} {:>8.2f}  {:>7.2f} .. {:<7.2f}  {} {:<5.1f} {}\n", row.text, judged, values[values.size() / 4],
                values[values.size() - 1 - values.size() / 4], row.atLeast ? ">=" : "<=", row.goal,
                met ? "met" : "missed");
     return met;
@@ -118,7 +125,7 @@ bool printRow(const Row& row, std::span<const double> values) {
 
 Verdict printTable(const Measurements& measurements) {
     Verdict verdict;
-    fmt::print("{:<68} {:>8}  {:^18}  {:<8} {}\n", "ratio", "median", "middle half", "goal", "result");
+    fmt::print("{:<68} {:>8}  {:^18}  {:<8} {}\n", "ratio", "judged", "middle half", "goal", "result");
     for (const Row& row : rows) {
         if (const std::string* const error = errorOf(row, measurements); error != nullptr) {
             verdict.allMeasured = false;

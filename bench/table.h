@@ -10,8 +10,8 @@ struct Verdict {
     bool allMet = true;
 };
 
-// Prints a line for every goal: the median of all rounds, the range of the middle half, the goal, and whether it is
-// met.
+// Prints a line for every goal: what is judged (the median of all rounds, of a count the largest), the range of the
+// middle half, the goal, and whether it is met.
 Verdict printTable(const Measurements& measurements);
 
 // Prints the median time of one iteration of each benchmark, to look into a ratio.

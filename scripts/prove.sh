@@ -23,6 +23,7 @@ all_proofs() {
     proof cycles-windows windows cycles_test many_cycles under_wine tests/proof/cycles/cycles_test.exe
     proof same-on-both-systems linux transcript "$root/scripts/compare-systems.sh" 100 2
     proof coverage linux TORVIK "$root/scripts/coverage.sh"
+    proof bench linux torvik_bench "$root/scripts/bench.sh" --strict
     proof mutation linux "core_test params_test filter_test filter_exports_test calibration_file_test" \
         "$root/tests/mutation/mutation.py" .
 }
