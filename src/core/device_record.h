@@ -62,7 +62,8 @@ struct SetAssembly {
 // What the receive thread touches with every frame or set stands close together: with many devices it would not fit
 // into the processor's nearest cache otherwise.
 struct alignas(64) DeviceRecord {
-    // Identifiers, active and the ring are written under answerMutex.
+    // Identifiers and the ring are written under answerMutex, and so is active when it is set. A release clears active
+    // under valueMutex, together with the buffers, and in the end without a lock.
     std::atomic<std::uint32_t> commandCanId = 0;
     std::atomic<std::uint32_t> answerCanId = 0;
     std::atomic<std::uint32_t> valueCanId = 0;

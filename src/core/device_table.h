@@ -42,7 +42,8 @@ void setError(DeviceRecord& record, std::uint32_t code);
 // The first active record whose answer or value identifier this is; null: none.
 DeviceRecord* findReceiver(std::uint32_t identifier) REQUIRES(answerMutex);
 
-// To be called after any change of a record's identifiers or of its active flag.
+// To be called after a change of a record's identifiers, and after active was set. Clearing active needs no call:
+// findReceiver passes over the route of a record that is not active any more, and looks at all records.
 void updateRoutes() REQUIRES(answerMutex);
 
 // Fills a record with zeros and lets the receive thread start afresh with it. No call may be inside the record.
