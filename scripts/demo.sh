@@ -9,7 +9,7 @@ directory=$root/build/demo
 values=$directory/measured-values.csv
 
 install_missing "${packages_to_build[@]}" "${packages_to_plot[@]}"
-say "building the library, the simulated amplifiers and the tool: a minute or two the first time (log: build/demo/build.log)"
+say "building the library, the simulated amplifiers and the tool: two or three minutes the first time (log: build/demo/build.log)"
 mkdir -p "$directory"
 if ! build demo >"$directory/build.log" 2>&1; then
     tail -n 40 "$directory/build.log"
