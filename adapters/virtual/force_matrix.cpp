@@ -12,19 +12,19 @@ constexpr std::uint32_t kOwnDimensions = 2;
 }  // namespace
 
 std::optional<ForceMatrix> ForceMatrix::of(const SensorCalibration& calibration) {
-    ForceMatrix made;
-    if (!made.takeFormat(calibration)) return std::nullopt;
-    if (made.hasMatrixB_ && !made.takeMatrixB(calibration)) return std::nullopt;
-    made.inputScale_ = calibration.number(array::kInputScale);
-    made.outputScale_ = calibration.number(array::kOutputScale);
-    for (std::size_t i = 0; i < made.offsets_.size(); ++i)
-        made.offsets_[i] = calibration.number(array::kOffsets, i);
-    for (std::size_t input = 0; input < made.inputs_; ++input) {
-        made.zeros_[input] = calibration.number(array::kZeroSignals, input);
-        for (std::size_t output = 0; output < made.outputs_; ++output)
-            made.matrix_[output][input] = calibration.number(array::kMatrix, output * made.inputs_ + input);
+    ForceMatrix matrix;
+    if (!matrix.takeFormat(calibration)) return std::nullopt;
+    if (matrix.hasMatrixB_ && !matrix.takeMatrixB(calibration)) return std::nullopt;
+    matrix.inputScale_ = calibration.number(array::kInputScale);
+    matrix.outputScale_ = calibration.number(array::kOutputScale);
+    for (std::size_t i = 0; i < matrix.offsets_.size(); ++i)
+        matrix.offsets_[i] = calibration.number(array::kOffsets, i);
+    for (std::size_t input = 0; input < matrix.inputs_; ++input) {
+        matrix.zeros_[input] = calibration.number(array::kZeroSignals, input);
+        for (std::size_t output = 0; output < matrix.outputs_; ++output)
+            matrix.matrix_[output][input] = calibration.number(array::kMatrix, output * matrix.inputs_ + input);
     }
-    return made;
+    return matrix;
 }
 
 bool ForceMatrix::takeFormat(const SensorCalibration& calibration) {

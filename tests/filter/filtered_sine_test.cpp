@@ -53,7 +53,7 @@ struct Kind {
 };
 
 // In Hz, at 1000 sets a second.
-constexpr Kind kinds[] = {
+constexpr Kind filterKinds[] = {
     {"LowPass", 0, 4, 100, 0, 0, {5, 20, 50, 80, 95, 100, 110, 150, 200, 300}},
     {"HighPass", 1, 4, 100, 0, 500, {25, 40, 60, 80, 95, 100, 120, 200, 350, 480}},
     {"BandPass", 2, 2, 100, 200, 150, {20, 50, 80, 100, 120, 150, 180, 200, 250, 400}},
@@ -174,7 +174,7 @@ TEST_P(StreamedSines, HaveTheDesignedAmplitudes) {
 std::vector<Case> everyCase() {
     std::vector<Case> cases;
     for (const Characteristic& characteristic : characteristics) {
-        for (const Kind& kind : kinds) {
+        for (const Kind& kind : filterKinds) {
             for (const int protocol : {16, 32})
                 cases.push_back({characteristic, kind, protocol});
         }

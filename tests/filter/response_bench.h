@@ -16,9 +16,9 @@ inline constexpr std::uint32_t iirInFixedPoint = 0;
 inline constexpr std::uint32_t firWord = 128;
 
 // In text mode: the system's own line ends are read as one character.
-inline std::string contentOf(const std::string& file) {
+inline std::string contentOf(const std::string& path) {
     std::ostringstream content;
-    content << std::ifstream(file).rdbuf();
+    content << std::ifstream(path).rdbuf();
     return content.str();
 }
 
