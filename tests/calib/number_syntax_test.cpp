@@ -158,6 +158,14 @@ TEST(LeadingReal, TakesASignAndAnExponent) {
     EXPECT_EQ(parseLeadingReal("+2.5d1")->value, 25.0);
 }
 
+TEST(LeadingReal, EndsWithTheText) {
+    constexpr std::string_view longer = "12.34e56";
+    EXPECT_EQ(parseLeadingReal(longer.substr(0, 1))->value, 1.0);
+    EXPECT_EQ(parseLeadingReal(longer.substr(0, 2))->value, 12.0);
+    EXPECT_EQ(parseLeadingReal(longer.substr(0, 4))->value, 12.3);
+    EXPECT_EQ(parseLeadingReal(longer.substr(0, 7))->value, 1234e3);
+}
+
 TEST(LeadingReal, IsMissingWhereNoNumberBegins) {
     for (const char* const text : {"", " ", "-", ".", "-.", "x1", "--1", ";1", "e5", "nan"})
         EXPECT_FALSE(parseLeadingReal(text)) << text;
