@@ -49,8 +49,12 @@ CHANGES = [
 # Changes that no test can notice, and why.
 EQUIVALENT = {
     ("core/measured_values.cpp", "std::int32_t waiting = 1;"): "written by countValues before it is read",
+    ("core/measured_values.cpp", "if (!countValues(record, 1, waiting)) return -1;"):
+        "the least of all channels is taken afterwards",
     ("filter/design_poles.cpp", "candidates[index++] = fromLeft <= 0 ? conjugate(-opposite) : -opposite;"):
         "on the real axis a candidate is its own conjugate",
+    ("filter/design_poles.cpp", "return Doubled(static_cast<double>(static_cast<std::int64_t>("
+     "decimals * unit + (decimals <= 0 ? -0.5 : 0.5)))) /"): "0 is rounded to 0 from either side",
 }
 
 
@@ -132,10 +136,9 @@ def main():
     build = Build(pathlib.Path(sys.argv[1]).resolve())
     share = float(sys.argv[2]) if len(sys.argv) > 2 else 1.0
     mutants = [(subject, number, changed, programs) for subject, programs in SUBJECTS
-               for number, changed in mutants_of(ROOT / "src" / subject)
-               if (subject, changed.strip()) not in EQUIVALENT]
+               for number, changed in mutants_of(ROOT / "src" / subject)]
     step = max(1, round(1 / share))
-    tried = mutants[step // 2::step]
+    tried = [mutant for mutant in mutants[step // 2::step] if (mutant[0], mutant[2].strip()) not in EQUIVALENT]
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         unchanged = {(subject, None, None, tuple(programs)) for subject, _, _, programs in tried}
         if set(pool.map(lambda mutant: build.fate(*mutant), unchanged)) != {"SURVIVED"}:
