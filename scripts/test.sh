@@ -105,9 +105,10 @@ import json, pathlib, sys
 root = pathlib.Path(sys.argv[1])
 folders = [root / name for name in ("src", "adapters", "tools")]
 folders += [root / "build/clang" / folder.name for folder in folders]
-for entry in json.load(open(root / "build/clang/compile_commands.json")):
-    if any(pathlib.Path(entry["file"]).is_relative_to(folder) for folder in folders):
-        print(entry["file"])
+files = {entry["file"] for entry in json.load(open(root / "build/clang/compile_commands.json"))}
+for file in sorted(files):
+    if any(pathlib.Path(file).is_relative_to(folder) for folder in folders):
+        print(file)
 PYTHON
 }
 stage_tidy() { check "tidy" check_tidy; }
