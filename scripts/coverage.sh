@@ -20,5 +20,6 @@ mkdir -p "$directory/results"
 ctest --test-dir "$directory" -j2 --output-on-failure >"$directory/tests.log" 2>&1 || { tail -n 60 "$directory/tests.log"; exit 1; }
 say "coverage"
 cd "$root"
-gcovr --config "$root/gcovr.cfg" --object-directory "$directory" --html-details "$directory/coverage.html" \
-    --fail-under-line 98 --fail-under-branch 95 "$directory"
+# A count that several threads made can be negative, which gcovr takes for a parse error.
+gcovr --config "$root/gcovr.cfg" --gcov-ignore-parse-errors --object-directory "$directory" --html-details "$directory/coverage.html" \
+    --fail-under-line 98 --fail-under-branch 95 "$directory/src"
