@@ -26,8 +26,10 @@ CallsExcluded::~CallsExcluded() {
 AllCallsExcluded::AllCallsExcluded(const DeviceRecord* own) {
     for (DeviceRecord& record : deviceTable())
         beginExclusion(record);
-    for (DeviceRecord& record : deviceTable())
-        record.gate.waitUntilLeft(&record == own ? 1 : 0);
+    for (DeviceRecord& record : deviceTable()) {
+        const bool ownCall = own != nullptr && &record == own;
+        record.gate.waitUntilLeft(ownCall ? 1 : 0);
+    }
 }
 
 AllCallsExcluded::~AllCallsExcluded() {
