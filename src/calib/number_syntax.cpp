@@ -11,8 +11,7 @@ namespace {
 
 constexpr std::size_t realLimit = 100;
 constexpr std::size_t mostDigits = 10;
-constexpr std::string_view blanks = " \t\r\n";
-constexpr std::string_view whiteSpace = " \t\r\n\v\f";
+constexpr std::string_view blanksAndLineEnds = " \t\r\n";
 
 bool isDigit(char character) {
     return character >= '0' && character <= '9';
@@ -28,7 +27,7 @@ bool isExponentLetter(char character) {
 
 std::string withoutBlanks(std::string_view value) {
     std::string text(value);
-    std::erase_if(text, [](char character) { return blanks.find(character) != std::string_view::npos; });
+    std::erase_if(text, [](char character) { return blanksAndLineEnds.find(character) != std::string_view::npos; });
     return text;
 }
 

@@ -7,6 +7,8 @@
 
 namespace torvik {
 
+inline constexpr std::string_view whiteSpace = " \t\r\n\v\f";
+
 // What a value in a file can be beside a number.
 inline constexpr std::int32_t noInteger = -1;
 inline constexpr double noReal = -1e10;

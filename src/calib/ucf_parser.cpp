@@ -15,7 +15,6 @@ namespace {
 constexpr std::size_t headerLimit = 32;
 constexpr std::size_t stringLimit = 256;
 constexpr int lineLimit = 200'000;
-constexpr std::string_view whiteSpace = " \t\r\n\v\f";
 constexpr std::string_view blanks = " \t";
 
 std::string_view withoutLeading(std::string_view text, std::string_view characters) {

@@ -10,7 +10,7 @@ namespace torvik {
 
 namespace {
 
-constexpr std::uint32_t systemErrorMark = 0x31000000;
+constexpr std::uint32_t responseFileMark = 0x31000000;
 
 // The words of a heading up to the frequencies, by the design's kind. Kept: "4th order" whatever the order.
 struct Heading {
@@ -49,7 +49,7 @@ void ResponseFile::finishHeading(double fs) {
 
 std::uint32_t ResponseFile::close() {
     const std::uint32_t systemError = file_.close();
-    return systemError == 0 ? 0 : systemError | systemErrorMark;
+    return systemError == 0 ? 0 : systemError | responseFileMark;
 }
 
 }  // namespace torvik
