@@ -15,6 +15,7 @@ option(TORVIK_BUILD_BENCH "Build the benchmarks" OFF)
 option(TORVIK_BUILD_FUZZERS "Make targets of the fuzzers; needs clang" OFF)
 # Most of a test file's or a tool file's compilation is the headers of GoogleTest, fmt and CLI11.
 option(TORVIK_COMPILE_TOGETHER "Compile the files of a test program, of the tool and of the virtual adapter together" ON)
+option(TORVIK_COMPILE_LIBRARY_TOGETHER "Compile the library's files together: quick, for builds that only check" OFF)
 set(TORVIK_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
 
 if(WIN32)
