@@ -97,20 +97,7 @@ sources_of() { (cd "$root" && find "$@" -name '*.cpp' -o -name '*.hpp' -o -name 
 check_format() { sources_of src adapters tools tests bench examples fuzz | (cd "$root" && xargs clang-format --dry-run -Werror); }
 stage_format() { check "format" check_format; }
 
-# Each file as it is compiled, several in one where the build takes them together (Unity/).
-check_tidy() {
-    (cd "$root" && cmake --preset clang) || return
-    "$python" - "$root" <<'PYTHON' | xargs -P "$(nproc)" -n 1 clang-tidy --quiet -p "$root/build/clang"
-import json, pathlib, sys
-root = pathlib.Path(sys.argv[1])
-folders = [root / name for name in ("src", "adapters", "tools")]
-folders += [root / "build/clang" / folder.name for folder in folders]
-files = {entry["file"] for entry in json.load(open(root / "build/clang/compile_commands.json"))}
-for file in sorted(files):
-    if any(pathlib.Path(file).is_relative_to(folder) for folder in folders):
-        print(file)
-PYTHON
-}
+check_tidy() { (cd "$root" && cmake --preset clang) && "$root/scripts/tidy.py" "$root/build/clang"; }
 stage_tidy() { check "tidy" check_tidy; }
 
 if [ "$install" = yes ] && ! install_missing "${packages_to_build[@]}" "${packages_to_test[@]}"; then
