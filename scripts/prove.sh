@@ -17,7 +17,7 @@ all_proofs() {
     proof failure-sweep linux failure_sweep_test tests/faults/failure_sweep_test --gtest_brief=1
     proof frozen linux frozen_reader "$python" "$root/tests/proof/frozen_test.py" tests/proof/frozen_reader 20
     proof chaos linux chaos tests/proof/chaos/chaos 10000000
-    proof chaos-tsan tsan chaos without_randomised_addresses tests/proof/chaos/chaos 1000000
+    proof chaos-tsan tsan chaos without_randomised_addresses tests/proof/chaos/chaos 10000000
     proof chaos-windows windows chaos under_wine tests/proof/chaos/chaos.exe 1000000
     proof cycles linux cycles_test many_cycles tests/proof/cycles/cycles_test
     proof cycles-windows windows cycles_test many_cycles under_wine tests/proof/cycles/cycles_test.exe
