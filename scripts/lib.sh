@@ -11,7 +11,7 @@ packages_to_test=(
     g++-mingw-w64-x86-64-posix # the Windows build
     wine64                     # runs it
     llvm                       # llvm-dlltool, llvm-readobj
-    lld                        # lld-link stands for MSVC's linker
+    lld                        # links the Windows tests; lld-link stands for MSVC's linker
     clang clang-format clang-tidy libclang-rt-14-dev
     binutils                   # nm
     googletest                 # sources in /usr/src/googletest

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Looks at all code of library, adapter and tool with clang-tidy: tidy.py BUILD_DIRECTORY
+"""Looks at what a build compiles of library, adapter and tool with clang-tidy: tidy.py BUILD_DIRECTORY
 
 Each file as it is compiled, several in one where the build takes them together. The static analyser, which takes minutes
 for the header-only libraries, looks at the library only. Exit code 1: something was found.
