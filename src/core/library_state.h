@@ -26,8 +26,8 @@ extern constinit platform::TimedMutex answerMutex;
 // Guards all value buffers and their indices. Never held together with answerMutex.
 extern constinit platform::TimedMutex valueMutex;
 
-// Every call that is not inside a record's gate is inside this one, so that an unload can wait until the library's code
-// has been left.
+// Every call that is not inside a record's gate is inside this one, but for TORVIKDllVersion, so that an unload can
+// wait until the library's code has been left.
 extern constinit CallGate libraryGate;
 
 struct LibraryState {
