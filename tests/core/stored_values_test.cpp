@@ -93,6 +93,7 @@ TEST_F(StoredValues, AreReadAcrossTheEndOfTheRing) {
     readBlock(1);
     takeSets(6, 12);
     EXPECT_THAT(readBlock(1), ElementsAre(6, 7, 8, 9, 10, 11, 12));
+    EXPECT_THAT(std::span(status).first(8), ElementsAre(6, 7, 8, 9, 10, 11, 12, 0));
 }
 
 TEST_F(StoredValues, OfAllChannelsAreReadSetBySet) {
@@ -106,6 +107,7 @@ TEST_F(StoredValues, OfAllChannelsAreReadAcrossTheEndOfTheRing) {
     readAllChannels();
     takeSets(7, 10);
     EXPECT_THAT(readAllChannels(), ElementsAre(7, 107, 8, 108, 9, 109, 10, 110));
+    EXPECT_THAT(std::span(status).first(8), ElementsAre(7, 7, 8, 8, 9, 9, 10, 10));
 }
 
 TEST_F(StoredValues, AreReadOneByOne) {

@@ -163,6 +163,14 @@ TEST_F(Transaction, LetsA65thAnswerOverwriteTheOldest) {
     EXPECT_EQ(record.answerCount, 63U);
 }
 
+TEST_F(Transaction, TakesAnswersInOrderAcrossTheEndOfTheRing) {
+    for (std::uint8_t mark = 1; mark <= 200; ++mark) {
+        ASSERT_TRUE(arrive(0, mark));
+        ASSERT_EQ(receive(), 0);
+        ASSERT_EQ(answer[2], mark);
+    }
+}
+
 TEST_F(Transaction, BreaksTheBusyLockOfAnotherCallAfterFourSeconds) {
     EXPECT_EQ(send(), 0);
     record.keepLock = true;
@@ -340,6 +348,20 @@ TEST_F(Transaction, EndsAWaitForTheBusyLockWhenTheDeviceIsReleased) {
     EXPECT_EQ(record.lastError, notActive);
     EXPECT_TRUE(record.busy);
     EXPECT_EQ(framesWritten(), 1U);
+}
+
+TEST_F(Transaction, PausesForAsLongAsAsked) {
+    EXPECT_TRUE(runWithTimeouts(clock, [this] { return pauseCall(record, 300ms); }));
+    EXPECT_EQ(clock.elapsed(), 300ms);
+}
+
+TEST_F(Transaction, EndsAPauseWhenTheDeviceIsReleased) {
+    auto paused = std::async(std::launch::async, [this] { return pauseCall(record, 300ms); });
+    ASSERT_TRUE(clock.untilWaiting());
+    beginExclusion(record);
+    EXPECT_FALSE(paused.get());
+    endExclusion(record);
+    EXPECT_EQ(clock.elapsed(), 0ms);
 }
 
 TEST_F(Transaction, AcknowledgesAnAnswerBelow0x40) {

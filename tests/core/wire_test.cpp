@@ -103,9 +103,17 @@ TEST(Parameters, TakeSixBytes) {
     EXPECT_EQ(parameters.bytes().back(), 6);
 }
 
+TEST(Parameters, PutTheHighestByteFirst) {
+    Parameters parameters;
+    parameters.u16(0x8123).u32(0x456789AB);
+    const std::vector<std::uint8_t> bytes(parameters.bytes().begin(), parameters.bytes().end());
+    EXPECT_EQ(bytes, (std::vector<std::uint8_t>{0x81, 0x23, 0x45, 0x67, 0x89, 0xAB}));
+}
+
 TEST(AnswerView, SeesStatusAndData) {
     const AnswerView answer({0x45, 0x07, 0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC});
     EXPECT_EQ(answer.status(), 0x07);
+    EXPECT_EQ(answer.u16(), 0x1234);
     EXPECT_EQ(answer.u32(), 0x12345678U);
     EXPECT_EQ(answer.byte(3), 0x34);
     EXPECT_EQ(answer.data().front(), 0x12);

@@ -209,6 +209,13 @@ TEST_F(WriteParameters, OfOrderZeroIsOneCoefficient) {
                 ElementsAre("82 4C 05 10", "86 4E 05 00 3E 00 00 00", "86 50 05 00 3F 00 00 00", "81 0A 00"));
 }
 
+TEST_F(WriteParameters, OfTypeZeroAreOfTheIirBank) {
+    scriptAll();
+    EXPECT_EQ(set(0), 0);
+    EXPECT_THAT(takeSent(),
+                ElementsAre("82 4C 05 00", "86 4E 05 00 3E 00 00 00", "86 50 05 00 3F 00 00 00", "81 0A 00"));
+}
+
 TEST_F(WriteParameters, OfOrderFifteenAreThirtyOneCoefficients) {
     scriptAll();
     EXPECT_EQ(set(0x0F), 0);

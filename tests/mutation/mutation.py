@@ -48,6 +48,13 @@ CHANGES = [
 
 # Changes that no test can notice, and why.
 EQUIVALENT = {
+    ("core/wire.h", "if (shift >= 54) return sign;"): "half of that unit is more than any number with its hidden bit",
+    ("calib/ucf_parser.cpp", "if (end >= stringLimit) return std::nullopt;"): "a line has at most 127 characters",
+    ("calib/number_syntax.cpp", "const std::size_t exponent = end + 1 + (end + 1 <= text.size() && isSign(text[end + 1]) ? 1 : 0);"):
+        "an exponent without digits does not count, whatever stands behind the text",
+    ("calib/number_syntax.cpp", "std::int64_t number = 1;"): "ten digits are always read into it",
+    ("params/device_filters.cpp", "if (!isNan(coefficient) && std::abs(coefficient) <= 128.0)"):
+        "128 becomes the largest either way",
     ("core/measured_values.cpp", "std::int32_t waiting = 1;"): "written by countValues before it is read",
     ("core/measured_values.cpp", "if (!countValues(record, 1, waiting)) return -1;"):
         "the least of all channels is taken afterwards",
