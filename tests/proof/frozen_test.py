@@ -65,8 +65,7 @@ class Frozen(unittest.TestCase):
               f"{report['framesOfPartialSets']} frames of sets that were lost in part", flush=True)
         self.assertGreaterEqual(report["longestPauseMilliseconds"], seconds * 1000 - 20)
         self.assertGreater(report["framesPerSecond"], 0.98 * FRAMES_PER_SECOND)
-        # Half a second before the stop is 17 sets; an instrumented reader that is starved comes to less.
-        self.assertGreater(report["leastSetsOfADevice"], 10)
+        self.assertGreater(report["leastSetsOfADevice"], 20)
         self.check_every_frame(report, lost)
         return report, lost
 
