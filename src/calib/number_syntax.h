@@ -7,6 +7,7 @@
 
 namespace torvik {
 
+// As C's isspace has it, under every locale.
 inline constexpr std::string_view whiteSpace = " \t\r\n\v\f";
 
 // What a value in a file can be beside a number.

@@ -27,6 +27,7 @@ AllCallsExcluded::AllCallsExcluded(const DeviceRecord* own) {
     for (DeviceRecord& record : deviceTable())
         beginExclusion(record);
     for (DeviceRecord& record : deviceTable()) {
+        // The static analyser takes it that a record could be where null points.
         const bool ownCall = own != nullptr && &record == own;
         record.gate.waitUntilLeft(ownCall ? 1 : 0);
     }
