@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Runs the proofs at full size, one after the other; what each has shown stands in docs/proof.md. Takes hours.
+# Runs the proofs at full size, one after the other, and enters commit, machine and figures of each into
+# docs/proof-results.md. Takes hours. docs/proof.md describes what each proof shows.
 #
 #   scripts/prove.sh [--list] [--no-install] [NAME...]
 #
 # NAME: only these. --list names them with their commands. Logs go to build/logs/prove-NAME.log.
+# Two runs with different names may go side by side, but for those that measure time (bench, frozen, cycles).
 set -u -o pipefail
 . "$(dirname "$0")/lib.sh"
 
@@ -66,7 +68,7 @@ under_wine() { LD_LIBRARY_PATH=$PWD/virtual:$PWD "$root/scripts/wine-run.sh" "$@
 many_cycles() { TORVIK_CYCLES=10000 TORVIK_CYCLES_WITHOUT_RELEASE=1000 TORVIK_EXITS=1000 "$@"; }
 
 proof() {
-    local name=$1 preset=$2 targets=$3 log=$logs/prove-$1.log began=$SECONDS
+    local name=$1 preset=$2 targets=$3 log=$logs/prove-$1.log began=$SECONDS result=failed
     shift 3
     known+=("$name")
     [ ${#only[@]} -eq 0 ] || [[ " ${only[*]} " == *" $name "* ]] || return 0
@@ -76,7 +78,13 @@ proof() {
     fi
     say "$name: $*"
     # shellcheck disable=SC2086
-    if build "$preset" $targets >"$log" 2>&1 && (cd "$root/build/$preset" && "$@") 2>&1 | tee -a "$log"; then
+    if (flock 9; build "$preset" $targets) 9>"$logs/prove-build.lock" >"$logs/prove-$name-build.log" 2>&1; then
+        (cd "$root/build/$preset" && "$@") 2>&1 | tee "$log" && result=passed
+    else
+        cp "$logs/prove-$name-build.log" "$log"
+    fi
+    "$root/scripts/proof-results.py" "$name" "$result" $((SECONDS - began)) "$log" "$*" || result=failed
+    if [ "$result" = passed ]; then
         passed=$((passed + 1))
     else
         failed+=("$name")
@@ -95,5 +103,5 @@ for name in "${only[@]}"; do
 done
 [ "$list" = yes ] && exit 0
 [ ${#failed[@]} -eq 0 ] || printf 'FAILED: %s\n' "${failed[@]}"
-echo "$passed proved, ${#failed[@]} failed"
+echo "$passed passed, ${#failed[@]} failed"
 [ ${#failed[@]} -eq 0 ]
