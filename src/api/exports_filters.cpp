@@ -6,6 +6,7 @@
 
 #include "api/TORVIK.h"
 #include "api/device_call.h"
+#include "core/call_control.h"
 #include "filter/dfilter.h"
 #include "filter/filter_design.h"
 #include "filter/filter_options.h"
@@ -21,9 +22,6 @@ namespace {
 
 constexpr std::int32_t refusedByDevice = 255;
 constexpr double highestAlpha = 0.5;
-
-// One design or simulation at a time, on whatever device.
-constinit platform::Mutex filterMutex;
 
 bool isFilterNo(std::uint32_t filterNo) {
     return filterNo >= 1 && filterNo <= highestFilterNo;
@@ -48,7 +46,8 @@ std::array<double, 2> fractionsOf(double fs, double f1, double f2) {
 }
 
 // The device's own designer, made at its first use; null when there is no memory for it.
-Dfilter* designerOf(DeviceRecord& record) REQUIRES(filterMutex) try {
+Dfilter* designerOf(const FilterUse& use) try {
+    DeviceRecord& record = use.record();
     if (!record.filterObject) {
         if (platform::injectedFault(platform::FaultPoint::allocation) != 0) return nullptr;
         record.filterObject = std::make_unique<Dfilter>();
@@ -112,7 +111,8 @@ struct Coefficients {
 
 // The coefficients of the device's own last design. Nothing: there is none.
 std::optional<Coefficients> designedCoefficients(const DeviceCall& call) {
-    const platform::LockGuard lock(filterMutex);
+    const FilterUse use(call.record());
+    if (!use.granted()) return std::nullopt;
     const auto* const filter = static_cast<const Dfilter*>(call.record().filterObject.get());
     if (filter == nullptr || !filter->iirValid) return std::nullopt;
     return Coefficients{filter->xCoefficients, filter->yCoefficients};
@@ -125,8 +125,9 @@ std::optional<Coefficients> designCoefficients(const DeviceCall& call, std::uint
     const std::uint32_t prototype = characteristic == 1 ? option::bessel : option::butterworth;
     const std::uint32_t options = option::order | option::cutoffs | kindOptions[kind] | prototype;
     const std::int32_t order = (options & option::bandKinds) != 0 ? 2 : 4;
-    const platform::LockGuard lock(filterMutex);
-    Dfilter* const filter = designerOf(call.record());
+    const FilterUse use(call.record());
+    if (!use.granted()) return std::nullopt;
+    Dfilter* const filter = designerOf(use);
     const std::uint32_t code =
         filter == nullptr ? error::internalCallFailed : designFilter(*filter, options, order, alphas);
     if (code != error::none) {
@@ -142,13 +143,14 @@ std::int32_t simulate(const DeviceCall& call, std::uint32_t mode, double f1, dou
     constexpr std::uint32_t stepResponse = 2;
     const std::uint32_t kindWord = (mode & firBank) | singlePrecision;
     const platform::MaskedFloatingPoint masked;
-    const platform::LockGuard lock(filterMutex);
-    Dfilter* const filter = designerOf(call.record());
+    const FilterUse use(call.record());
+    if (!use.granted()) return failure;
+    Dfilter* const filter = designerOf(use);
     if (filter == nullptr) return call.fail(error::internalCallFailed);
     std::uint32_t code = error::parameterExceedance;
     if ((mode & frequencyResponse) != 0) {
         code = writeFrequencyResponse(*filter, kindWord, std::max(fs / 250, f1), std::min(fs / 2, f2), fs, points,
-                                      fileName);
+                                      fileName, [&call] { return callMustEnd(call.record()); });
     } else if ((mode & stepResponse) != 0) {
         code = writeStepResponse(*filter, kindWord, f1, f2, fs, points, fileName);
     }

@@ -14,6 +14,30 @@ void endExclusion(DeviceRecord& record) {
     record.gate.open();
 }
 
+namespace {
+
+bool obtainFilter(DeviceRecord& record) {
+    const platform::LockGuard lock(record.busyLock);
+    while (!callMustEnd(record)) {
+        if (!record.filterInUse) return record.filterInUse = true;
+        record.filterFreed.waitFor(record.busyLock, std::chrono::seconds(1));
+    }
+    return false;
+}
+
+}  // namespace
+
+FilterUse::FilterUse(DeviceRecord& record) : record_(record), granted_(obtainFilter(record)) {}
+
+FilterUse::~FilterUse() {
+    if (!granted_) return;
+    {
+        const platform::LockGuard lock(record_.busyLock);
+        record_.filterInUse = false;
+    }
+    record_.filterFreed.notifyOne();
+}
+
 CallsExcluded::CallsExcluded(DeviceRecord& record, bool ownCall) : record_(record) {
     beginExclusion(record_);
     record_.gate.waitUntilLeft(ownCall ? 1 : 0);

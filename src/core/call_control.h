@@ -9,6 +9,29 @@ namespace torvik {
 void beginExclusion(DeviceRecord& record);
 void endExclusion(DeviceRecord& record);
 
+// Whether the record is being released or the library unloaded. A call that computes or reads files for long asks
+// often, and ends as soon as this is true; its failure is reported as 0x30000113.
+inline bool callMustEnd(const DeviceRecord& record) {
+    return record.gate.closing();
+}
+
+// One design or simulation at a time with the filter object of a device. The caller's call is inside the record.
+class FilterUse {
+  public:
+    // Waits for its turn, and gives it up when the call must end.
+    explicit FilterUse(DeviceRecord& record);
+    ~FilterUse();
+    FilterUse(const FilterUse&) = delete;
+    FilterUse& operator=(const FilterUse&) = delete;
+
+    bool granted() const { return granted_; }
+    DeviceRecord& record() const { return record_; }
+
+  private:
+    DeviceRecord& record_;
+    bool granted_;
+};
+
 // While it lives, nobody but the caller's own call (`ownCall`) is inside the record.
 class CallsExcluded {
   public:

@@ -95,11 +95,14 @@ struct alignas(64) DeviceRecord {
     alignas(64) SetAssembly assembly;
     StagedFrames staged;
 
-    // The transaction lock. busyLock is held only to look at busy or answerCount and to wait for a change of them.
+    // The transaction lock. busyLock is held only to look at busy, answerCount or filterInUse and to wait for a change
+    // of them.
     platform::Mutex busyLock;
     platform::Condition busyFreed;
     platform::Condition answerArrived;
     platform::Condition pauseCutShort;
+    platform::Condition filterFreed;
+    bool filterInUse GUARDED_BY(busyLock) = false;
     std::atomic<bool> busy = false;
     std::atomic<bool> keepLock = false;
 

@@ -159,6 +159,7 @@ bool pauseCall(DeviceRecord& record, std::chrono::milliseconds duration) {
 void wakeCalls(DeviceRecord& record) {
     { platform::LockGuard lock(record.busyLock); }
     record.pauseCutShort.notifyAll();
+    record.filterFreed.notifyAll();
     record.busyFreed.notifyAll();
     record.answerArrived.notifyAll();
 }

@@ -6,6 +6,7 @@
 #include <span>
 #include <utility>
 
+#include "core/error_codes.h"
 #include "filter/filter_options.h"
 #include "filter/response_file.h"
 #include "filter/simulation.h"
@@ -57,8 +58,9 @@ double amplitudeAt(Dfilter& filter, std::uint32_t kind, double fs, double f) {
 }
 
 // Kept: decimals and line ends differ with the number of points; readers of the files count on it.
-void writeAmplitudes(ResponseFile& file, Dfilter& filter, std::uint32_t kind, double fStart, double fStop, double fs,
-                     std::int32_t points) {
+// False: `mustEnd` has ended it.
+bool writeAmplitudes(ResponseFile& file, Dfilter& filter, std::uint32_t kind, double fStart, double fStop, double fs,
+                     std::int32_t points, const StopCheck& mustEnd) {
     const auto writeRow = [&](double f, int decimals, std::string_view end) {
         file.writeRow(f, decimals, amplitudeAt(filter, kind, fs, f), 2, end);
     };
@@ -70,9 +72,12 @@ void writeAmplitudes(ResponseFile& file, Dfilter& filter, std::uint32_t kind, do
     } else {
         const double step = (fStop - fStart) / (points - 1);
         double f = fStart;
-        for (std::int32_t i = 0; i < points; ++i, f += step)
+        for (std::int32_t i = 0; i < points; ++i, f += step) {
+            if (mustEnd && mustEnd()) return false;
             writeRow(f, 2, "\n");
+        }
     }
+    return true;
 }
 
 }  // namespace
@@ -98,7 +103,7 @@ std::uint32_t writeStepResponse(Dfilter& filter, std::uint32_t kindWord, double 
 }
 
 std::uint32_t writeFrequencyResponse(Dfilter& filter, std::uint32_t kindWord, double fStart, double fStop, double fs,
-                                     std::int32_t points, const char* fileName) {
+                                     std::int32_t points, const char* fileName, const StopCheck& mustEnd) {
     const platform::MaskedFloatingPoint masked;
     if (!(fStart < fs) || !(fStop <= fs) || points < 1 || fileName == nullptr || !(fs >= 1.0))
         return filter_error::wrongArguments;
@@ -108,8 +113,9 @@ std::uint32_t writeFrequencyResponse(Dfilter& filter, std::uint32_t kindWord, do
     if (!file.opened()) return file.close();
     file.writeHeading("Frequency", filter, kind, fs);
     file.writeWords("f [Hz]\tAmplitude [dB]\n");
-    writeAmplitudes(file, filter, kind, fStart, fStop, fs, points);
-    return file.close();
+    const bool complete = writeAmplitudes(file, filter, kind, fStart, fStop, fs, points, mustEnd);
+    const std::uint32_t code = file.close();
+    return complete ? code : error::notActive;
 }
 
 }  // namespace torvik

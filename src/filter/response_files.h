@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "filter/dfilter.h"
 
@@ -18,8 +19,12 @@ inline constexpr std::uint32_t singlePrecision = 0x8000;
 std::uint32_t writeStepResponse(Dfilter& filter, std::uint32_t kindWord, double levelBefore, double levelAfter,
                                 double fs, std::int32_t points, const char* fileName);
 
-// From fStart (below fs) to fStop (at most fs), in Hz. `points`: at least 1. The rest as above.
+// Asked between two points of a long response; once it is true, the response ends.
+using StopCheck = std::function<bool()>;
+
+// From fStart (below fs) to fStop (at most fs), in Hz. `points`: at least 1. The rest as above; 0x30000113 when
+// `mustEnd`, which may be empty, ended it: the file then has the points up to there.
 std::uint32_t writeFrequencyResponse(Dfilter& filter, std::uint32_t kindWord, double fStart, double fStop, double fs,
-                                     std::int32_t points, const char* fileName);
+                                     std::int32_t points, const char* fileName, const StopCheck& mustEnd = {});
 
 }  // namespace torvik

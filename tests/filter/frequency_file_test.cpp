@@ -57,6 +57,14 @@ TEST_F(FrequencyFile, HasAsManyLinesAsWanted) {
     EXPECT_THAT(lines(), SizeIs(1236));
 }
 
+TEST_F(FrequencyFile, Response_ThatMustEndAfterThreePoints_HasThreeLinesAndTheCodeOfARelease) {
+    int asked = 0;
+    EXPECT_EQ(writeFrequencyResponse(filter, singlePrecision, 100, 400, fs, 1000, file.c_str(),
+                                     [&asked] { return ++asked > 3; }),
+              0x30000113U);
+    EXPECT_THAT(lines(), SizeIs(2 + 3));
+}
+
 TEST_F(FrequencyFile, AccumulatesItsFrequencies) {
     ASSERT_EQ(frequency(10, 11, 101), 0U);
     EXPECT_THAT(lines()[2], StartsWith("10.00\t"));

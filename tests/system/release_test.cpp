@@ -1,6 +1,9 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <filesystem>
+#include <limits>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -33,6 +36,68 @@ class Release : public Bench {
         expectLastError(device, 0x30000113, notInitialized);
     }
 };
+
+// Calls of the filter designer that last for hours unless something ends them.
+class ReleaseDuringSimulation : public Release {
+  protected:
+    void SetUp() override {
+        Release::SetUp();
+        activate();
+        constexpr std::uint32_t onlyDesigned = 9;
+        ASSERT_EQ(TORVIKcalcSetDfilterParams(device, onlyDesigned, 0, 0, 2, 4, 10, 0), 0) << takeLastError(device).text;
+        ASSERT_FALSE(takeWritten().empty());
+    }
+    void TearDown() override {
+        Release::TearDown();
+        std::filesystem::remove(file_);
+    }
+
+    std::int32_t simulate(std::int32_t points) {
+        return TORVIKsimulateDfilter(device, 1, 4, 400, 1000, points, file_.c_str());
+    }
+
+    std::thread longSimulation() {
+        std::thread thread([this] { EXPECT_EQ(simulate(std::numeric_limits<std::int32_t>::max()), -1); });
+        while (!std::filesystem::exists(file_))
+            std::this_thread::sleep_for(milliseconds(1));
+        return thread;
+    }
+
+    static void releaseQuickly(std::int32_t number) {
+        const auto begun = Clock::now();
+        TORVIKrelease(number);
+        EXPECT_LT(Clock::now() - begun, milliseconds(1000));
+    }
+
+  private:
+    const std::string file_ =
+        (std::filesystem::temp_directory_path() / ("release" + std::to_string(std::random_device()()) + ".txt"))
+            .string();
+};
+
+TEST_F(ReleaseDuringSimulation, Simulation_OfTheReleasedDevice_EndsAtOnce) {
+    std::thread caller = longSimulation();
+    releaseQuickly(device);
+    caller.join();
+    expectLastError(device, 0x30000113, notInitialized);
+}
+
+TEST_F(ReleaseDuringSimulation, Simulation_WhenEverythingIsReleased_EndsAtOnce) {
+    std::thread caller = longSimulation();
+    releaseQuickly(0);
+    caller.join();
+    expectLastError(device, 0x30000113, notInitialized);
+}
+
+TEST_F(ReleaseDuringSimulation, CallThatWaitsForTheFilter_OfTheReleasedDevice_EndsAtOnce) {
+    std::thread first = longSimulation();
+    std::thread second([this] { EXPECT_EQ(simulate(20), -1); });
+    std::this_thread::sleep_for(milliseconds(20));
+    releaseQuickly(device);
+    first.join();
+    second.join();
+    expectLastError(device, 0x30000113, notInitialized);
+}
 
 TEST_F(Release, CallThatWaitsForItsAnswerEndsWithTheDevice) {
     releaseDuringACall(device);
