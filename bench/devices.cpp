@@ -8,6 +8,7 @@
 #include "can/adapter_channel.h"
 #include "can/receive_thread.h"
 #include "core/device_table.h"
+#include "core/buffer_bound.h"
 #include "core/measured_values.h"
 #include "frames.h"
 

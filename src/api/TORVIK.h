@@ -133,7 +133,12 @@ int32_t TORVIKactivateStd(int32_t deviceNo, uint32_t* channelCount);
  *   baudRate      in   bit/s: 1000000, 800000, 500000, 250000, 125000, 100000, 95000, 83000, 50000, 47000, 33000,
  *                      25000, 20000, 12500, 10000 or 5000; ignored while the adapter is open
  *   bufferSize    in   values per channel, limited to 1..65534; holds for all devices from now on, but a device
- *                      activated earlier never gets more than it was activated with
+ *                      activated earlier never gets more than it was activated with. Set by every call that passes the
+ *                      checks of device number, channelCount and 243, even one that fails later. Where a device's
+ *                      buffers become shorter or longer by it, the newest unread values that fit stay, in order of
+ *                      arrival, even after an overflow (see TORVIKread); values that do not fit are lost and counted
+ *                      in valuesCleared (TORVIKgetStatistics). Not changed when the values are locked for 10000 ms:
+ *                      the call fails with 0x30000112
  *   channelCount  out  number of measuring channels, 1..8; null is refused
  *   commandCanId  in   identifier of commands, 1..2047
  *   answerCanId   in   identifier of answers, 1..2047, another than commandCanId
@@ -172,8 +177,9 @@ int32_t TORVIKgetInterfaceIdent(int32_t deviceNo, uint8_t index, uint32_t* ident
 
 /*
  * Takes the oldest unread value of one channel from the library's buffer.
- * A buffer that overflows is not re-synchronised: the newest value stands in the place of the oldest unread one and is
- * read next, then the older ones that follow it.
+ * A buffer that overflows is not re-synchronised: the newest value takes the place of the oldest unread one and is read
+ * next, then the older ones that follow it. Clearing the buffer, and an activation that changes its length, puts it in
+ * order again (see bufferSize of TORVIKactivateExtended).
  *   deviceNo   in   device number 1..39
  *   channel    in   measuring channel 1..8
  *   value      out  fraction of full scale for integer formats (2.1/65535 and 2.1/16777215 per count), the device's

@@ -59,9 +59,10 @@ typedef struct TORVIKstatistics {
     /* The device's values. */
     uint64_t valuesStale;       /* stored a second time, because another frame took the place of theirs in their set */
     uint64_t valuesOverwritten; /* by newer ones in a full buffer before they were read */
-    uint64_t valuesCleared;     /* thrown away unread: TORVIKclearDLLbuffer, a smaller buffer size, a restart of the
-                                   device by the library, TORVIKrelease(0), an activation; those of a single released
-                                   device are counted at its next activation */
+    uint64_t valuesCleared;     /* thrown away unread: TORVIKclearDLLbuffer, a restart of the device by the library,
+                                   TORVIKrelease(0), an activation, a change of the buffer size by an activation of any
+                                   device (what does not fit; after an overflow also what was lost but still counted as
+                                   waiting); those of a single released device are counted at its next activation */
 
     /* The device's answers. */
     uint64_t answersTaken;       /* by a call that waited for an answer */

@@ -10,6 +10,7 @@
 #include "can/pcan_api.h"
 #include "can/receive_thread.h"
 #include "core/ask.h"
+#include "core/buffer_bound.h"
 #include "core/call_control.h"
 #include "core/device_setup.h"
 #include "core/device_table.h"
@@ -103,8 +104,11 @@ void readTransmitting(DeviceRecord& record, std::uint8_t deviceNo) {
 
 std::int32_t Activation::begin() {
     libraryState.lastProtocolErrorDevice = deviceNo_;
-    setValueBufferLength(static_cast<std::int32_t>(
-        std::clamp<std::uint32_t>(settings_.bufferSize, 1, static_cast<std::uint32_t>(largestBufferLength))));
+    const std::uint32_t bufferSize = std::clamp<std::uint32_t>(settings_.bufferSize, 1, largestBufferLength);
+    if (!setValueBufferLength(static_cast<std::int32_t>(bufferSize))) {
+        setError(deviceNo_, error::mutexTimeout);
+        return -1;
+    }
     if (settings_.commandCanId >= standardIdentifierLimit || settings_.answerCanId >= standardIdentifierLimit ||
         settings_.commandCanId == settings_.answerCanId) {
         setError(deviceNo_, error::wrongIdentifiers);

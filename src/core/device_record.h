@@ -22,6 +22,7 @@ inline constexpr std::uint32_t answerSlots = 64;
 // One measured value as it stands in a channel's buffer: raw counts (or the device's float) as a double.
 struct ValueEntry {
     std::uint8_t status = 0;
+    bool read = false;  // since it was stored; maintained only while the ring is out of step
     double value = 0.0;
 };
 
@@ -29,7 +30,7 @@ struct ValueEntry {
 enum class ValueType : std::uint8_t { unknown = 0, int16 = 0x90, int24 = 0xA0, float32 = 0xB0 };
 
 // The ring of one channel's values. Its effective length is the smaller of its own allocation and the library-wide
-// valueBufferLength, which a later activation may change.
+// valueBufferLength, which a later activation may change (buffer_bound.h).
 struct ValueBuffer {
     std::unique_ptr<ValueEntry[]> entries;
     std::int32_t allocated = 0;
@@ -37,9 +38,14 @@ struct ValueBuffer {
     std::int32_t readIndex = 0;
     std::int32_t count = 0;
 
-    std::int32_t length() const {
-        const std::int32_t bound = libraryState.valueBufferLength.load(std::memory_order_relaxed);
-        return entries ? std::min(bound, allocated) : bound;
+    std::int32_t length() const { return lengthWithin(libraryState.valueBufferLength.load(std::memory_order_relaxed)); }
+    std::int32_t lengthWithin(std::int32_t bound) const { return entries ? std::min(bound, allocated) : bound; }
+
+    // False after an overflow: the unread values are not those from the read to the write position.
+    bool inStep() const {
+        const std::int32_t lead = readIndex + count - writeIndex;
+        const std::int32_t ring = length();
+        return lead == 0 || lead == ring || lead == -ring || lead == 2 * ring;
     }
 };
 
@@ -90,7 +96,7 @@ struct alignas(64) DeviceRecord {
     ValueType lastValueType GUARDED_BY(valueMutex) = ValueType::unknown;
     std::array<ValueBuffer, channelLimit> valueBuffer GUARDED_BY(valueMutex);
 
-    Counter valuesCleared;  // thrown away unread with the buffers, or by a smaller bound; written under valueMutex
+    Counter valuesCleared;  // thrown away unread with the buffers, or by a changed bound; written under valueMutex
 
     alignas(64) SetAssembly assembly;
     StagedFrames staged;

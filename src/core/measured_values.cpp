@@ -30,9 +30,16 @@ double scaleOf(ValueType type) {
     }
 }
 
+void markAsRead(std::span<ValueEntry> entries) {
+    for (ValueEntry& entry : entries)
+        entry.read = true;
+}
+
 const ValueEntry& takeEntry(ValueBuffer& buffer) {
     if (buffer.readIndex >= buffer.length()) buffer.readIndex = 0;
-    const ValueEntry& entry = buffer.entries[static_cast<std::size_t>(buffer.readIndex)];
+    ValueEntry& entry = buffer.entries[static_cast<std::size_t>(buffer.readIndex)];
+    if (!buffer.inStep()) [[unlikely]]
+        entry.read = true;
     ++buffer.readIndex;
     --buffer.count;
     return entry;
@@ -43,10 +50,12 @@ std::span<const ValueEntry> takeRun(ValueBuffer& buffer, std::size_t wanted) {
     const std::int32_t length = buffer.length();
     if (buffer.readIndex >= length) buffer.readIndex = 0;
     const auto run = std::min(static_cast<std::size_t>(length - buffer.readIndex), wanted);
-    const ValueEntry* const first = &buffer.entries[static_cast<std::size_t>(buffer.readIndex)];
+    const std::span entries(&buffer.entries[static_cast<std::size_t>(buffer.readIndex)], run);
+    if (!buffer.inStep()) [[unlikely]]
+        markAsRead(entries);
     buffer.readIndex += static_cast<std::int32_t>(run);
     buffer.count -= static_cast<std::int32_t>(run);
-    return {first, run};
+    return entries;
 }
 
 void copyScaled(std::span<const ValueEntry> entries, double scale, double* values) {
@@ -178,20 +187,6 @@ bool clearValueBuffers(DeviceRecord& record) {
         buffer.count = 0;
     }
     return true;
-}
-
-void setValueBufferLength(std::int32_t length) {
-    const auto apply = [length]() NO_THREAD_SAFETY_ANALYSIS {
-        libraryState.valueBufferLength = length;
-        for (DeviceRecord& record : deviceTable()) {
-            for (ValueBuffer& buffer : record.valueBuffer) {
-                const std::int32_t kept = std::min(buffer.count, buffer.length());
-                record.valuesCleared.add(static_cast<std::uint64_t>(buffer.count - kept));
-                buffer.count = kept;
-            }
-        }
-    };
-    if (!exclusively(valueMutex, apply)) libraryState.valueBufferLength = length;
 }
 
 }  // namespace torvik

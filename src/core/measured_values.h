@@ -26,7 +26,4 @@ bool countValues(DeviceRecord& record, std::uint32_t channel, std::int32_t& coun
 // False: the record is not active or valueMutex was not obtained.
 bool clearValueBuffers(DeviceRecord& record);
 
-// Sets the library-wide buffer bound; counts of devices activated before are limited to it.
-void setValueBufferLength(std::int32_t length);
-
 }  // namespace torvik

@@ -47,7 +47,7 @@ bool storeValue(ValueBuffer& buffer, const StagedFrame& frame, ValueType& type) 
     if (buffer.writeIndex >= length) buffer.writeIndex = 0;
     if (buffer.entries) {
         type = typeOf(frame[0]);
-        buffer.entries[static_cast<std::size_t>(buffer.writeIndex)] = {frame[0], decodeValue(type, frame)};
+        buffer.entries[static_cast<std::size_t>(buffer.writeIndex)] = {frame[0], false, decodeValue(type, frame)};
     }
     ++buffer.writeIndex;
     const bool overwritten = buffer.count >= length;

@@ -2,6 +2,7 @@
 
 #include "support/counted_filter.h"
 #include "support/fake_adapter.h"
+#include "support/held_elsewhere.h"
 #include "support/record_test.h"
 #include "support/scripted_device.h"
 #include "support/test_clock.h"
@@ -11,6 +12,8 @@ namespace {
 
 using test::CountedFilter;
 using test::FakeAdapter;
+using test::HeldElsewhere;
+using test::mutexTimeout;
 using test::RecordTest;
 using test::runWithTimeouts;
 using test::ScriptedDevice;
@@ -212,6 +215,15 @@ TEST_F(ActivationTest, KeepsTheBufferSizeBetween1And65534) {
         EXPECT_EQ(activateDevice(chosen), -1);
         EXPECT_EQ(libraryState.valueBufferLength, given);
     }
+}
+
+TEST_F(ActivationTest, ThatFindsTheValuesLocked_FailsAndLeavesTheBufferSize) {
+    libraryState.valueBufferLength = 9;
+    const HeldElsewhere held(valueMutex);
+    EXPECT_EQ(activateDevice(), -1);
+    EXPECT_EQ(record.lastError, mutexTimeout);
+    EXPECT_EQ(libraryState.valueBufferLength, 9);
+    EXPECT_EQ(clock.elapsed(), std::chrono::seconds(10));
 }
 
 class ReleaseTest : public ActivationTest {

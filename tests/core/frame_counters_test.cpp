@@ -2,6 +2,7 @@
 #include <map>
 #include <vector>
 
+#include "core/buffer_bound.h"
 #include "core/measured_values.h"
 #include "core/set_assembly.h"
 #include "core/transaction.h"

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "core/buffer_bound.h"
 #include "core/measured_values.h"
 #include "support/record_test.h"
 

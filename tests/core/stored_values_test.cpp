@@ -149,14 +149,5 @@ TEST_F(StoredValues, AreTheNewestOnesWhenTheRingIsFull) {
     EXPECT_EQ(overwritten() - before, 6U);
 }
 
-TEST_F(StoredValues, BeyondASmallerBoundAreCountedAsCleared) {
-    takeSets(1, 7);
-    const std::uint64_t before = record.valuesCleared.get();
-    setValueBufferLength(4);
-    EXPECT_EQ(record.valuesCleared.get() - before, 6U);
-    EXPECT_TRUE(countValues(record, 0, count));
-    EXPECT_EQ(count, 4);
-}
-
 }  // namespace
 }  // namespace torvik
