@@ -25,6 +25,7 @@ SUBJECTS = [
     ("core/wire.h", ["core"]),
     ("core/set_assembly.cpp", ["core"]),
     ("core/measured_values.cpp", ["core"]),
+    ("core/buffer_bound.cpp", ["core"]),
     ("params/convert_from_device.cpp", ["params"]),
     ("core/transaction.cpp", ["core"]),
     ("core/call_gate.cpp", ["core"]),
