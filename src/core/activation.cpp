@@ -154,9 +154,11 @@ void Activation::finish() {
     --activationsInProgress;
     if (!setUpFailed_) return;
     const platform::LockGuard lock(lifecycleMutex);
-    if (libraryState.initialisedDevices == 0 && activationsInProgress == 0 && libraryState.adapterOpen) {
-        releaseAdapter(true);
-    }
+    // initialisedDevices does not say it: releases count it down for devices that were not active, too.
+    const bool inUse = activationsInProgress != 0 || std::ranges::any_of(deviceTable(), [](const DeviceRecord& record) {
+                           return record.active.load();
+                       });
+    if (!inUse && libraryState.adapterOpen) releaseAdapter(true);
 }
 
 void releaseDevice(std::uint8_t deviceNo) {

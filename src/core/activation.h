@@ -30,7 +30,8 @@ class Activation {
     // Asks the device all that is needed. Result: 0; -1 with lastError set.
     std::int32_t complete(std::uint32_t& channelCount);
 
-    // To be called last, inside no record: closes the adapter when the device could not be set up and no other one is.
+    // To be called last, inside no record: closes the adapter when the device could not be set up, no other one is
+    // active and no other activation is under way.
     void finish();
 
   private:

@@ -198,10 +198,18 @@ TEST_F(ActivationTest, ThatFailsClosesTheAdapterWhereNoDeviceIsSetUp) {
 }
 
 TEST_F(ActivationTest, ThatFailsLeavesTheAdapterToADeviceThatIsSetUp) {
-    libraryState.initialisedDevices = 1;
+    activate(7);
     device.refuse(Command::firmwareVersion, 0x52);
     EXPECT_EQ(activateDevice(), -1);
     EXPECT_TRUE(libraryState.adapterOpen);
+    EXPECT_TRUE(deviceRecord(7).active);
+}
+
+TEST_F(ActivationTest, FailedActivation_WithOnlyInactiveDevicesCounted_ClosesTheAdapter) {
+    libraryState.initialisedDevices = 1;
+    device.refuse(Command::firmwareVersion, 0x52);
+    EXPECT_EQ(activateDevice(), -1);
+    EXPECT_FALSE(libraryState.adapterOpen);
 }
 
 TEST_F(ActivationTest, KeepsTheBufferSizeBetween1And65534) {
