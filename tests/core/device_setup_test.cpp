@@ -357,9 +357,9 @@ TEST_F(DeviceSetUp, FailsWhereTheValueIdentifierCannotBeStored) {
             ready.set_value();
             while (record.answerCount != 0 || !answerMutex.lockFor(0ms))
                 std::this_thread::yield();
+            const platform::TimedLock held(answerMutex);
             record.busyLock.unlock();
             release.get_future().wait();
-            answerMutex.unlock();
         });
         ready.get_future().wait();
     });
