@@ -78,16 +78,13 @@ void reportEventOffFailure(std::uint32_t status) {
     printPcanError(status);
 }
 
-// Result: the status of taking the event from the adapter, 0 when there is no event.
+// Takes the event from the adapter and closes it. Whatever the adapter says, the next event has to be registered anew.
+// Result: the adapter's status, 0 when there is no event.
 std::uint32_t closeReceiveEvent() {
+    libraryState.receiveEventSet = false;
     if (!libraryState.receiveEvent.exists()) return pcan::ok;
-    if (libraryState.adapterOpen) pcanEventOff();
     const std::uint32_t status = pcanEventOff();
-    if (status == pcan::ok) {
-        libraryState.receiveEventSet = false;
-    } else {
-        reportEventOffFailure(status);
-    }
+    if (status != pcan::ok) reportEventOffFailure(status);
     libraryState.receiveEvent.close();
     return status;
 }
@@ -112,6 +109,7 @@ std::uint8_t initAdapter(std::uint8_t deviceNo, std::uint8_t adapterType, std::u
     for (DeviceRecord& record : deviceTable())
         zeroRecord(record);
     libraryState.adapterOpen = false;
+    libraryState.receiveEventSet = false;
     libraryState.callsGivenUp = false;
     libraryState.adapterType = adapterType;
     const std::optional<std::uint8_t> channel = channelOf(adapterType);
@@ -165,6 +163,7 @@ std::uint8_t releaseAdapter(bool uninitialize) {
     stopReceiveThread(std::nullopt);
     takeDownAllDevices();
     closeMutexes();
+    if (libraryState.adapterOpen && libraryState.receiveEvent.exists()) pcanEventOff();
     std::uint32_t status = closeReceiveEvent();
     if (uninitialize)
         status = libraryState.adapterOpen ? pcanUninitialize(libraryState.channelHandle) : pcan::unknownError;
@@ -180,10 +179,7 @@ void closeAdapter() {
     pcanSetValue(libraryState.channelHandle, pcan::receiveEvent, 0);
     pcanUninitialize(libraryState.channelHandle);
     libraryState.adapterOpen = false;
-    if (libraryState.receiveEvent.exists()) {
-        if (const std::uint32_t status = pcanEventOff(); status != pcan::ok) reportEventOffFailure(status);
-        libraryState.receiveEvent.close();
-    }
+    closeReceiveEvent();
     closeMutexes();
 }
 

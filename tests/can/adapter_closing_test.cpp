@@ -34,13 +34,32 @@ class AdapterClosing : public AdapterTest {
     }
 
     // Whether a frame of the channel still reaches a device.
-    bool frameArrives() {
+    bool frameArrives() { return timeOfAFrame(activate(deviceNo)) < patience; }
+
+    // Whether frames wake the receive thread, which would find them after 200 ms by itself: one of several is enough
+    // on a busy machine.
+    bool framesWakeTheThread() {
         DeviceRecord& record = activate(deviceNo);
+        auto shortest = timeOfAFrame(record);
+        for (int i = 0; i < 3; ++i)
+            shortest = std::min(shortest, timeOfAFrame(record));
+        return shortest < std::chrono::milliseconds(100);
+    }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::seconds patience{5};
+
+    Clock::duration timeOfAFrame(DeviceRecord& record) {
+        // Not while the thread is still busy with an earlier frame: it would find this one in the same pass.
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        const std::uint32_t before = record.answerCount;
+        const auto begun = Clock::now();
         adapter.queueFrame(0x101, {0x40});
-        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-        while (record.answerCount == 0 && std::chrono::steady_clock::now() < limit)
+        if (adapter.signalsTheEvent()) libraryState.receiveEvent.wake();
+        while (record.answerCount == before && Clock::now() < begun + patience)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        return record.answerCount == 1;
+        return Clock::now() - begun;
     }
 };
 
@@ -132,7 +151,7 @@ TEST_F(AdapterClosing, WithAnEventThatIsNotGivenBackLeavesTheNextOpeningUsable) 
         }
         adapter.failSetValue(pcan::receiveEvent, pcan::ok);
         ASSERT_EQ(open(), 0);
-        EXPECT_TRUE(frameArrives());
+        EXPECT_TRUE(framesWakeTheThread()) << (everything ? "everything" : "the adapter") << " was released";
         close();
     }
 }

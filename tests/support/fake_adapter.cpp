@@ -103,6 +103,11 @@ void FakeAdapter::releaseReads() {
     readsChanged_.wait(lock, [this] { return heldReads_ == 0; });
 }
 
+bool FakeAdapter::signalsTheEvent() const {
+    const std::scoped_lock lock(mutex_);
+    return registeredEvent_ == libraryState.receiveEvent.handle();
+}
+
 std::vector<PcanMessage> FakeAdapter::written() const {
     const std::scoped_lock lock(mutex_);
     return recording_.written;
@@ -164,13 +169,24 @@ std::uint32_t FakeAdapter::initialize(const Initialization& arguments) {
 std::uint32_t FakeAdapter::uninitialize(std::uint16_t channel) {
     const std::scoped_lock lock(mutex_);
     recording_.uninitialized.push_back(channel);
+    registeredEvent_.reset();
     return script_.uninitializeStatus;
 }
 
 std::uint32_t FakeAdapter::setValue(const Setting& setting) {
     const std::scoped_lock lock(mutex_);
     recording_.settings.push_back(setting);
-    return setting.parameter == script_.setValueStatus.first ? script_.setValueStatus.second : pcan::ok;
+    if (setting.parameter == script_.setValueStatus.first && script_.setValueStatus.second != pcan::ok)
+        return script_.setValueStatus.second;
+    if (setting.parameter == pcan::receiveEvent) registeredEvent_ = setting.value;
+    return pcan::ok;
+}
+
+// Linux asks for the adapter's own event, which is waited for together with the library's.
+std::uint32_t FakeAdapter::getValue(std::uint8_t parameter, void* value, std::uint32_t size) {
+    const std::scoped_lock lock(mutex_);
+    if (parameter == pcan::receiveEvent) registeredEvent_ = libraryState.receiveEvent.handle();
+    return AdapterDefaults::getValue(parameter, value, size);
 }
 
 std::uint32_t FakeAdapter::reset() {

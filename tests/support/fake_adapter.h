@@ -52,6 +52,9 @@ class FakeAdapter : public AdapterDefaults {
     bool untilReadIsHeld();
     void releaseReads();
 
+    // Whether the adapter signals the library's present receive event when frames arrive.
+    bool signalsTheEvent() const;
+
     std::vector<PcanMessage> written() const;
     std::vector<Setting> settings() const;
     std::uint32_t resets() const;
@@ -69,6 +72,7 @@ class FakeAdapter : public AdapterDefaults {
     std::uint32_t initialize(const Initialization& arguments);
     std::uint32_t uninitialize(std::uint16_t channel);
     std::uint32_t setValue(const Setting& setting);
+    std::uint32_t getValue(std::uint8_t parameter, void* value, std::uint32_t size);
     std::uint32_t reset();
     std::uint32_t read(PcanMessage& message, PcanTimestamp& timestamp);
     std::uint32_t write(const PcanMessage& message);
@@ -109,6 +113,7 @@ class FakeAdapter : public AdapterDefaults {
     std::function<void(const PcanMessage&)> reaction_;
     std::condition_variable readsChanged_;
     bool readsHeld_ = false;
+    std::optional<std::uint64_t> registeredEvent_;  // Windows: the event's handle; Linux: the library asked for ours
     std::uint32_t heldReads_ = 0;
 };
 
