@@ -159,7 +159,8 @@ void transformToHighPass(Placement& placement, const Doubled& w1) {
 
 // Each pole becomes two, around the centre frequency. `stop`: the gap and not the band.
 void transformToBand(Placement& placement, const Doubled& w1, const Doubled& w2, bool stop) {
-    const Doubled centre = sqrt(w1 * w2);
+    const Doubled centreSquare = w1 * w2;
+    const Doubled centre = sqrt(centreSquare);
     const Doubled halfWidth = (w2 - w1) * 0.5;
     DoubledRoots halves;
     DoubledRoots roots;
@@ -171,8 +172,12 @@ void transformToBand(Placement& placement, const Doubled& w1, const Doubled& w2,
     });
     const std::size_t count = halves.count;
     for (std::size_t i = 0; i < count; ++i) {
-        placement.sPoles.values[i] = halves.values[i] * (1.0 + roots.values[i]);
-        placement.sPoles.values[count + i] = halves.values[i] * (1.0 - roots.values[i]);
+        const DoubledComplex& half = halves.values[i];
+        const DoubledComplex first = half * (1.0 + roots.values[i]);
+        placement.sPoles.values[i] = first;
+        // The difference loses the digits of a pole that is far smaller than the first. Quirk: band passes have it, so
+        // that their coefficients and codes stay what they have always been to the last bit.
+        placement.sPoles.values[count + i] = stop ? centreSquare / first : half * (1.0 - roots.values[i]);
     }
     placement.sPoles.count = 2 * count;
     for (std::size_t i = 0; i < count; ++i)

@@ -38,12 +38,35 @@ Polynomial<Complex> rounded(const Polynomial<DoubledComplex>& exact) {
     return polynomial;
 }
 
+// A band stop whose gains at 0 Hz and at half the sampling frequency are both its gain far from the band. With a
+// cut-off of 0 a pole and a zero lie at 0 Hz, and there is no such gain.
+bool hasEqualEnds(const Dfilter& filter, const Placement& placement) {
+    constexpr std::uint32_t others = option::resonator | option::matchedZ | option::extraZeros;
+    return (filter.options & option::bandStop) != 0 && (filter.options & others) == 0 &&
+           placement.warpedAlpha1.high != 0 && placement.warpedAlpha2.high != 0;
+}
+
+// The gain of such a band stop. The product of its poles in the s-plane is that of its zeros, so that at both ends only
+// the denominators of the mapped roots remain. The ratio of the polynomials loses every digit at the end that is close
+// to the band; these factors keep theirs.
+DoubledComplex gainAtBothEnds(const Placement& placement) {
+    DoubledComplex gain = 1.0;
+    for (std::size_t i = 0; i < placement.sPoles.count; ++i)
+        gain = gain * ((2.0 - placement.sPoles.values[i]) / (2.0 - placement.sZeros.values[i]));
+    return gain;
+}
+
 // Leaves the gains in the filter: in doubles first, and those that are asked for as exactly as they can be, unless they
 // are infinite.
 class EvaluatedGains {
   public:
-    EvaluatedGains(Dfilter& filter, const Polynomial<DoubledComplex>& top, const Polynomial<DoubledComplex>& bottom)
-        : filter_(filter), top_(top), bottom_(bottom), middle_(doubled::exactSum(filter.alpha1, filter.alpha2)) {
+    EvaluatedGains(Dfilter& filter, const Placement& placement, const Polynomial<DoubledComplex>& top,
+                   const Polynomial<DoubledComplex>& bottom)
+        : filter_(filter),
+          placement_(placement),
+          top_(top),
+          bottom_(bottom),
+          middle_(doubled::exactSum(filter.alpha1, filter.alpha2)) {
         const auto roundedTop = rounded(top);
         const auto roundedBottom = rounded(bottom);
         const double angle = std::numbers::pi * middle_.rounded();
@@ -52,22 +75,35 @@ class EvaluatedGains {
         filter.hfGain = evaluateRatio(roundedTop, roundedBottom, -1.0);
     }
 
-    DoubledComplex dc() const { return keep(filter_.dcGain, evaluateRatio(top_, bottom_, 1.0)); }
+    DoubledComplex dc() const { return keep(filter_.dcGain, atEnd(1.0)); }
     DoubledComplex centre() const {
         return keep(filter_.centreGain, evaluateRatio(top_, bottom_, onUnitCircle(middle_)));
     }
-    DoubledComplex hf() const { return keep(filter_.hfGain, evaluateRatio(top_, bottom_, -1.0)); }
+    DoubledComplex hf() const { return keep(filter_.hfGain, atEnd(-1.0)); }
 
   private:
+    DoubledComplex atEnd(double z) const {
+        return hasEqualEnds(filter_, placement_) ? gainAtBothEnds(placement_) : evaluateRatio(top_, bottom_, z);
+    }
+
     static DoubledComplex keep(Complex& field, const DoubledComplex& gain) {
         if (isFinite(gain.real) && isFinite(gain.imaginary)) field = gain.rounded();
         return gain;
     }
 
     Dfilter& filter_;
+    const Placement& placement_;
     const Polynomial<DoubledComplex>& top_;
     const Polynomial<DoubledComplex>& bottom_;
     Doubled middle_;  // in half-turns
+};
+
+struct KeptGains {
+    const Dfilter& filter;
+
+    Complex dc() const { return filter.dcGain; }
+    Complex centre() const { return filter.centreGain; }
+    Complex hf() const { return filter.hfGain; }
 };
 
 }  // namespace
@@ -95,8 +131,8 @@ std::uint32_t makeCoefficients(Dfilter& filter, const Placement& placement) {
     if (!requireReal(filter, top)) return filter.errorCode;
     const auto bottom = expand(placement.zPoles.all());
     if (!requireReal(filter, bottom)) return filter.errorCode;
-    Doubled gain = magnitude(referenceGain(filter.options, EvaluatedGains(filter, top, bottom)));
-    if (!isFinite(gain)) gain = std::abs(referenceGain(filter));
+    Doubled gain = magnitude(referenceGain(filter.options, EvaluatedGains(filter, placement, top, bottom)));
+    if (!isFinite(gain)) gain = std::abs(referenceGain(filter.options, KeptGains{filter}));
     filter.gain = gain.rounded();
     for (std::size_t i = 0; i <= top.degree; ++i)
         filter.rawX[i] = top.coefficients[i].real.rounded();

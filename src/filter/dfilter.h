@@ -81,7 +81,4 @@ class Dfilter final : public FilterObject {
     std::array<std::int32_t, 2 * samplesPerRun> fixedSamples{};
 };
 
-// The gain at the reference frequency that the options choose.
-Complex referenceGain(const Dfilter& filter);
-
 }  // namespace torvik

@@ -2,20 +2,11 @@
 
 #include "filter/design_steps.h"
 #include "filter/filter_options.h"
-#include "filter/reference_gain.h"
 #include "platform/floating_point.h"
 
 namespace torvik {
 
 namespace {
-
-struct KeptGains {
-    const Dfilter& filter;
-
-    Complex dc() const { return filter.dcGain; }
-    Complex centre() const { return filter.centreGain; }
-    Complex hf() const { return filter.hfGain; }
-};
 
 bool has(const Dfilter& filter, std::uint32_t flags) {
     return (filter.options & flags) != 0;
@@ -100,10 +91,6 @@ std::uint32_t design(Dfilter& filter) {
 }
 
 }  // namespace
-
-Complex referenceGain(const Dfilter& filter) {
-    return referenceGain(filter.options, KeptGains{filter});
-}
 
 std::uint32_t designFilter(Dfilter& filter, std::uint32_t options, std::int32_t order, std::span<const double> cutoffs,
                            const DesignValues& values) {

@@ -118,10 +118,9 @@ void runTaps(FloatRun& run, std::index_sequence<X...>, std::index_sequence<Y...>
 
 void runFloat(Dfilter& filter, std::size_t taps) {
     constexpr std::size_t tapsOfDevices = 4;
-    const double gain = std::abs(referenceGain(filter));
     FloatRun run;
     for (std::size_t k = 0; k <= taps; ++k)
-        run.x[k] = static_cast<float>(filter.rawX[k] / gain);
+        run.x[k] = static_cast<float>(filter.rawX[k] / filter.gain);
     for (std::size_t k = 0; k < taps; ++k)
         run.y[k] = static_cast<float>(filter.rawY[k]);
     const auto samples = std::span(filter.floatSamples);
@@ -144,11 +143,10 @@ std::int32_t scaledBack(std::int64_t sum) {
 }
 
 void runFixed(Dfilter& filter, std::size_t taps) {
-    const double gain = std::abs(referenceGain(filter));
     FixedCoefficients x{};
     FixedCoefficients y{};
     for (std::size_t k = 0; k <= taps; ++k)
-        x[k] = truncate((gain > 0 ? filter.rawX[k] / gain : filter.rawX[k]) * coefficientScale);
+        x[k] = truncate((filter.gain > 0 ? filter.rawX[k] / filter.gain : filter.rawX[k]) * coefficientScale);
     for (std::size_t k = 0; k < taps; ++k)
         y[k] = truncate(filter.rawY[k] * coefficientScale);
     FixedHistory xHistory{};

@@ -240,5 +240,34 @@ TEST_F(CutoffSweep, PutsButterworthCutoffsAtHalfPower) {
     });
 }
 
+// Cut-offs that leave only one end of the axis where the polynomials have any digits.
+class BandStopAtAnEnd : public FilterTest {
+  protected:
+    void expectGainOneAt(double alpha, const Design& design) {
+        SCOPED_TRACE(testing::Message() << design.alpha1 << " " << design.alpha2);
+        make(design);
+        EXPECT_NEAR(amplitudeAt(filter, alpha), 1.0, 1e-12);
+        EXPECT_EQ(std::abs(filter.dcGain), filter.gain);
+        EXPECT_EQ(std::abs(filter.hfGain), filter.gain);
+    }
+};
+
+TEST_F(BandStopAtAnEnd, UpperCutoffHalfTheSamplingFrequency_AtZero_HasGainOne) {
+    for (const std::uint32_t prototype : {bessel, butterworth}) {
+        for (const double alpha2 : {0.5, std::nextafter(0.5, 0), 0.5 - 1e-15, 0.5 - 1e-12}) {
+            for (const double alpha1 : {0.05, 0.1, 0.25, 0.45})
+                expectGainOneAt(0, bandStopOf(prototype, 2, alpha1, alpha2));
+        }
+    }
+}
+
+TEST_F(BandStopAtAnEnd, VeryLowCentre_AtHalfTheSamplingFrequency_HasGainOne) {
+    for (const std::uint32_t prototype : {bessel, butterworth}) {
+        for (const double alpha1 : {3e-7, 1e-8, 1e-10, 1e-16, 1e-40, 1e-300})
+            expectGainOneAt(0.5, bandStopOf(prototype, 2, alpha1, 2 * alpha1));
+        expectGainOneAt(0.5, bandStopOf(prototype, 2, 1e-300, 0.2));
+    }
+}
+
 }  // namespace
 }  // namespace torvik::test
