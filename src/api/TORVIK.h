@@ -1146,7 +1146,7 @@ int32_t TORVIKgetDigiFiltType(int32_t deviceNo, uint32_t filterNo, int8_t flags,
  *   result    0 or -1; of the last coefficient when some did not come
  *   errors    0x30000100  device number above 39, filterNo 0 or above 8, or a null pointer
  *             0x30000113  device not active
- *             0x30000201  there is no valid design
+ *             0x30000201  filterNo is negative and there is no valid design, even with a null pointer
  *   sends     0x4F with the bytes filterNo and index (y: index + 0x10) for each coefficient; nothing for a design
  */
 int32_t TORVIKgetDfilterCoeff(int32_t deviceNo, int32_t filterNo, uint32_t flags, double* x, double* y);
@@ -1192,14 +1192,16 @@ int32_t TORVIKsetDfilterParams(int32_t deviceNo, uint32_t filterNo, int32_t type
  *   kind            in   0 low pass, 1 high pass, 2 band pass, 3 band stop
  *   characteristic  in   1 Bessel, 2 Butterworth
  *   orderBits       in   order for the filter type; 4
- *   f1              in   lower or only cut-off frequency in Hz, at most half the sampling frequency
- *   f2              in   upper cut-off frequency of a band in Hz, at most half the sampling frequency
+ *   f1              in   lower or only cut-off frequency in Hz, at most half the sampling frequency; NaN is rejected by
+ *                        the designer, with 0x30000207
+ *   f2              in   upper cut-off frequency of a band in Hz, as f1; ignored for other kinds
  *   result          0 or -1
  *   errors          0x30000100  device number above 39, or kind, characteristic or a cut-off frequency out of range
  *                   0x30000113  device not active
  *                   0x30000062  mode with bit 0
  *                   0x30000064  the device's sampling frequency could not be read
- *                   0x30000207  the cut-off frequencies give no real coefficients
+ *                   0x30000207  the cut-off frequencies give no real coefficients: one is NaN or has another sign than
+ *                               the other, or both are equal
  *                   0x30000208  the coefficients are too large for the device (cut-off too low)
  *                   0x30000209  the gain is too large for the device (cut-off too low)
  *                   0x30000105  not enough memory

@@ -27,7 +27,7 @@ bool isFilterNo(std::uint32_t filterNo) {
     return filterNo >= 1 && filterNo <= highestFilterNo;
 }
 
-// Comparisons that a NaN fails, without a floating-point exception.
+// Comparisons that are false for a NaN, without a floating-point exception.
 bool isPositive(double value) {
     return !isNan(value) && value > 0;
 }
@@ -36,8 +36,8 @@ bool isAtLeastOne(double value) {
     return !isNan(value) && value >= 1.0;
 }
 
-bool isAlpha(double value) {
-    return !isNan(value) && value <= highestAlpha;
+bool isAboveHighestAlpha(double value) {
+    return !isNan(value) && value > highestAlpha;
 }
 
 std::array<double, 2> fractionsOf(double fs, double f1, double f2) {
@@ -224,6 +224,9 @@ int32_t TORVIKgetDfilterCoeff(int32_t deviceNo, int32_t filterNo, uint32_t flags
     return deviceCall(deviceNo, [&](const DeviceCall& call) {
         const bool designed = filterNo < 0;
         const auto number = static_cast<std::uint32_t>(filterNo);
+        if (!call.numberValid()) return failure;
+        // Quirk: of an active device, the design is looked for before the pointers are checked.
+        if (designed && call.record().active && !designedCoefficients(call)) return call.fail(filter_error::noDesign);
         if (!call.ready((designed || isFilterNo(number)) && x != nullptr && (flags != 0 || y != nullptr)))
             return failure;
         const std::span<double> xWanted(x, flags != 0 ? 4 : 5);
@@ -271,9 +274,10 @@ int32_t TORVIKcalcSetDfilterParams(int32_t deviceNo, uint32_t filterNo, uint32_t
         if (!fs) return call.fail(error::frequencyOutOfRange);
         const std::uint32_t kindBits = kind << 4;
         auto alphas = fractionsOf(*fs, f1, f2);
-        if (!call.argumentsValid(kind <= lastKind && isAlpha(alphas[0]) &&
-                                 (!filter_type::isBand(kindBits) || isAlpha(alphas[1])) && characteristic >= 1 &&
-                                 characteristic <= 2))
+        // Quirk: NaN is no wrong argument; the designer reports it.
+        if (!call.argumentsValid(kind <= lastKind && !isAboveHighestAlpha(alphas[0]) &&
+                                 !(filter_type::isBand(kindBits) && isAboveHighestAlpha(alphas[1])) &&
+                                 characteristic >= 1 && characteristic <= 2))
             return failure;
         auto designed = designCoefficients(call, kind, characteristic, alphas);
         if (!designed) return failure;

@@ -23,9 +23,10 @@ class OptionCheck {
         if (!condition) refuse().text(message);
     }
 
-    void requireOrder(std::int32_t highest) {
-        if (filter_.order < 1 || filter_.order > highest)
-            refuse().text("order must be in range 1 .. ").integer(highest);
+    void requireOrder() {
+        const bool inRange = filter_.order >= 1 && filter_.order <= highestOrder;
+        const std::int32_t highest = inRange && has(option::bessel) ? highestBesselOrder : highestOrder;
+        if (!inRange || filter_.order > highest) refuse().text("order must be in range 1 .. ").integer(highest);
     }
 
     void requireMaskBelowOrder() {
@@ -57,7 +58,7 @@ void checkPlainKind(OptionCheck& check) {
         check.require(false, "must specify -o");
         return;
     }
-    check.requireOrder(check.has(option::bessel) ? highestBesselOrder : highestOrder);
+    check.requireOrder();
     if (check.has(option::poleMask)) check.requireMaskBelowOrder();
 }
 

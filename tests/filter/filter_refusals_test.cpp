@@ -62,7 +62,6 @@ std::vector<RefusedCall> wrongArguments() {
         {"getCoeffNoX", writes(TORVIKgetDfilterCoeff, 1, 0U, nullptr, someDoubles)},
         {"getCoeffNoY", writes(TORVIKgetDfilterCoeff, 1, 0U, someDoubles, nullptr)},
         {"getFirCoeffNoX", writes(TORVIKgetDfilterCoeff, 1, 0x80U, nullptr, someDoubles)},
-        {"getDesignedCoeffNoX", writes(TORVIKgetDfilterCoeff, -1, 0U, nullptr, someDoubles)},
         {"storeFirst9", writes(TORVIKstoreDigitalFilter, 9U, 0U)},
         {"storeSecond9", writes(TORVIKstoreDigitalFilter, 0U, 9U)},
         {"storeLargest", writes(TORVIKstoreDigitalFilter, UINT_MAX, UINT_MAX)},

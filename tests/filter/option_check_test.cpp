@@ -111,7 +111,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Refusal{"Largest", butterworth | lowPass | given, orderTo15, INT_MAX},
                     Refusal{"Smallest", butterworth | lowPass | given, orderTo15, INT_MIN},
                     Refusal{"BesselEleven", bessel | lowPass | given, "order must be in range 1 .. 10", 11},
-                    Refusal{"BesselFifteen", bessel | bandStop | given, "order must be in range 1 .. 10", 15}),
+                    Refusal{"BesselFifteen", bessel | bandStop | given, "order must be in range 1 .. 10", 15},
+                    Refusal{"BesselSixteen", bessel | lowPass | given, orderTo15, 16},
+                    Refusal{"BesselZero", bessel | lowPass | given, orderTo15, 0}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(PoleMasks, RefusedOptions,
