@@ -45,7 +45,7 @@ TEST_P(LookAlikes, ReplaceSixteenBytes) {
 
 INSTANTIATE_TEST_SUITE_P(CodePage1, LookAlikes,
                          testing::Values(Row{0x80, "E,f\".+#'%S<CZ"},     // 81, 8D and 8F have none
-                                         Row{0x90, "''\"\".-_~Ms>ozY"},   // 90 and 9D have none
+                                         Row{0x90, "''\"\"'-_~Ms>ozY"},   // 90 and 9D have none
                                          Row{0xA0, " icL*Y|$\"Ca<--R-"},  //
                                          Row{0xB0, "'+23'u|*,1'>423?"},   //
                                          Row{0xC0, "AAAAAAACEEEEIIII"},   //
