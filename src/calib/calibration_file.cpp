@@ -251,21 +251,21 @@ class Reading {
                 notes_.refuseRow(path, 0, row, "the file has too few rows");
                 return;
             }
-            readMatrixRow(path, text, *line, row, matrix.subspan(row * size.inputs, size.inputs));
+            readMatrixRow(path, lines, *line, row, matrix.subspan(row * size.inputs, size.inputs));
         }
     }
 
-    void readMatrixRow(const std::string& path, std::string_view text, std::string_view line, std::size_t row,
+    void readMatrixRow(const std::string& path, const LineReader& lines, std::string_view line, std::size_t row,
                        std::span<double> numbers) {
         const auto count = readRow(line, numbers);
         if (!count) {
-            notes_.refuseRow(path, lineNumberOf(text, line), row, "a number is too large");
+            notes_.refuseRow(path, lines.lineNumber(), row, "a number is too large");
             return;
         }
         std::string fault;
         if (*count < numbers.size()) fault = numbered("0 for numbers that are missing; there are ", *count);
-        if (isCut(text, line)) fault = "longer than 127 characters: the rest is the next row";
-        notes_.tellRow(path, lineNumberOf(text, line), row, numbers, fault);
+        if (lines.isCut()) fault = "longer than 127 characters: the rest is the next row";
+        notes_.tellRow(path, lines.lineNumber(), row, numbers, fault);
     }
 
     void readExtension() {

@@ -1,6 +1,5 @@
 #include "calib/calibration_report.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -9,11 +8,6 @@ namespace torvik {
 Finding unreadableFile(const std::string& path, std::uint32_t code) {
     return {
         .kind = FindingKind::problem, .file = path, .reason = "the file is not there or cannot be read", .code = code};
-}
-
-std::size_t lineNumberOf(std::string_view text, std::string_view part) {
-    const auto before = text.substr(0, static_cast<std::size_t>(part.data() - text.data()));
-    return static_cast<std::size_t>(std::ranges::count(before, '\n')) + 1;
 }
 
 std::string shortestText(double number) {

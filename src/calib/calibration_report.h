@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace torvik {
@@ -32,9 +31,6 @@ using CalibrationReport = std::vector<Finding>;
 
 // A file that is not there, or cannot be read: a problem.
 Finding unreadableFile(const std::string& path, std::uint32_t code);
-
-// The number of the line in which a part of a text begins; from 1.
-std::size_t lineNumberOf(std::string_view text, std::string_view part);
 
 // With as many digits as it takes to read the number back unchanged.
 std::string shortestText(double number);

@@ -99,7 +99,7 @@ double parseReal(std::string_view value) {
 }
 
 std::optional<LeadingReal> parseLeadingReal(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(whiteSpace), text.size()));
+    text.remove_prefix(static_cast<std::size_t>(std::ranges::find_if_not(text, isWhiteSpace) - text.begin()));
     const bool negative = !text.empty() && text.front() == '-';
     if (!text.empty() && isSign(text.front())) text.remove_prefix(1);
     const std::size_t length = numberLength(text);

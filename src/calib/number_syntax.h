@@ -8,7 +8,9 @@
 namespace torvik {
 
 // As C's isspace has it, under every locale.
-inline constexpr std::string_view whiteSpace = " \t\r\n\v\f";
+constexpr bool isWhiteSpace(char character) {
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
 
 // What a value in a file can be beside a number.
 inline constexpr std::int32_t noInteger = -1;

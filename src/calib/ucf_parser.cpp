@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "calib/ascii_look_alikes.h"
-#include "calib/calibration_report.h"
 #include "calib/number_syntax.h"
 #include "platform/code_page.h"
 
@@ -14,7 +13,6 @@ namespace {
 
 constexpr std::size_t headerLimit = 32;
 constexpr std::size_t stringLimit = 256;
-constexpr int lineLimit = 200'000;
 constexpr std::string_view blanks = " \t";
 
 std::string_view withoutLeading(std::string_view text, std::string_view characters) {
@@ -44,13 +42,24 @@ std::optional<std::string_view> unquoted(std::string_view text) {
 
 }  // namespace
 
+void LineReader::skipWhiteSpace() {
+    std::size_t length = 0;
+    for (; length < rest_.size() && isWhiteSpace(rest_[length]); ++length)
+        nextNumber_ += rest_[length] == '\n' ? 1 : 0;
+    rest_.remove_prefix(length);
+}
+
 std::optional<std::string_view> LineReader::next() {
-    // A text can begin with blank lines; behind every other line they are passed over anyway.
-    while (!rest_.empty() && (rest_.front() == '\n' || rest_.starts_with("\r\n")))
-        rest_ = withoutLeading(rest_, whiteSpace);
+    // A text can begin with blank lines; behind every other line they are skipped anyway.
+    if (rest_.starts_with('\n') || rest_.starts_with("\r\n")) skipWhiteSpace();
     if (rest_.empty()) return std::nullopt;
-    std::string_view line = rest_.substr(0, std::min(longestLine, rest_.find('\n')));
-    rest_ = withoutLeading(rest_.substr(line.size()), whiteSpace);
+    std::string_view line = rest_.substr(0, longestLine);
+    line = line.substr(0, line.find('\n'));
+    const bool isFull = line.size() == longestLine;
+    rest_.remove_prefix(line.size());
+    lineNumber_ = nextNumber_;
+    skipWhiteSpace();
+    isCut_ = isFull && nextNumber_ == lineNumber_ && !rest_.empty();
     if (line.ends_with('\r')) line.remove_suffix(1);
     return line.substr(0, line.find('\0'));
 }
@@ -59,51 +68,48 @@ bool isComment(std::string_view line) {
     return line.empty() || std::string_view("\r\n #;").find(line.front()) != std::string_view::npos;
 }
 
-bool isCut(std::string_view text, std::string_view line) {
-    if (line.size() < longestLine) return false;
-    const std::string_view behind = text.substr(static_cast<std::size_t>(line.data() - text.data()) + line.size());
-    return !withoutLeading(behind.substr(0, behind.find('\n')), whiteSpace).empty();
+UCFparser::UCFparser(std::string text, std::uint32_t codePage) : text_(std::move(text)), codePage_(codePage) {
+    LineReader lines(text_);
+    for (std::size_t i = 0; i < lineLimit; ++i) {
+        const auto line = lines.next();
+        if (!line) return;
+        if (!isComment(*line)) lines_.push_back({*line, lines.lineNumber()});
+    }
 }
 
-UCFparser::UCFparser(std::string text, std::uint32_t codePage) : text_(std::move(text)), codePage_(codePage) {}
-
-std::optional<std::string_view> UCFparser::value(std::string_view section, std::string_view key) const {
+std::optional<UCFparser::Line> UCFparser::find(std::string_view section, std::string_view key) const {
     if (section.size() + 2 >= headerLimit) return std::nullopt;
-    LineReader lines(text_);
     bool inside = false;
-    for (int i = 0; i < lineLimit; ++i) {
-        const auto line = lines.next();
-        if (!line) return std::nullopt;
-        if (isComment(*line)) continue;
-        if (line->front() == '[') {
+    for (const Line& line : lines_) {
+        if (line.text.front() == '[') {
             if (inside) return std::nullopt;
-            inside = isHeaderOf(*line, section);
+            inside = isHeaderOf(line.text, section);
         } else if (inside) {
-            if (const auto found = valueOf(*line, key)) return found;
+            if (const auto value = valueOf(line.text, key)) return Line{*value, line.number};
         }
     }
     return std::nullopt;
 }
 
 std::size_t UCFparser::lineOf(std::string_view section, std::string_view key) const {
-    const auto found = value(section, key);
-    return found ? lineNumberOf(text_, *found) : 0;
+    const auto found = find(section, key);
+    return found ? found->number : 0;
 }
 
 std::int32_t UCFparser::integer(std::string_view section, std::string_view key) const {
-    const auto found = value(section, key);
-    return found ? parseInteger(*found) : noInteger;
+    const auto found = find(section, key);
+    return found ? parseInteger(found->text) : noInteger;
 }
 
 double UCFparser::real(std::string_view section, std::string_view key) const {
-    const auto found = value(section, key);
-    return found ? parseReal(*found) : noReal;
+    const auto found = find(section, key);
+    return found ? parseReal(found->text) : noReal;
 }
 
 std::optional<std::string> UCFparser::string(std::string_view section, std::string_view key) const {
-    const auto found = value(section, key);
+    const auto found = find(section, key);
     if (!found) return std::nullopt;
-    const auto text = unquoted(withoutLeading(*found, blanks));
+    const auto text = unquoted(withoutLeading(found->text, blanks));
     if (!text) return std::nullopt;
     std::string words(*text);
     std::erase_if(words, [](char character) { return character == '\r' || character == '\n'; });

@@ -81,6 +81,38 @@ TEST(Lines, EndAtTheirFirstZeroByte) {
     EXPECT_THAT(linesOf(std::string_view("ab\0cd\nef\n\0gh", 12)), ElementsAre("ab", "ef", ""));
 }
 
+std::vector<std::size_t> lineNumbersOf(std::string_view text) {
+    LineReader reader(text);
+    std::vector<std::size_t> numbers;
+    while (reader.next())
+        numbers.push_back(reader.lineNumber());
+    return numbers;
+}
+
+TEST(Lines, TheirNumbersCountLineFeeds) {
+    EXPECT_THAT(lineNumbersOf("a\nb\r\nc"), ElementsAre(1U, 2U, 3U));
+    EXPECT_THAT(lineNumbersOf("\n\r\n a\n\n\tb\n"), ElementsAre(3U, 5U));
+    EXPECT_THAT(lineNumbersOf(std::string(127, 'x') + " rest\nb"), ElementsAre(1U, 1U, 2U));
+}
+
+std::vector<bool> cutLinesOf(std::string_view text) {
+    LineReader reader(text);
+    std::vector<bool> cut;
+    while (reader.next())
+        cut.push_back(reader.isCut());
+    return cut;
+}
+
+TEST(Lines, AreCutWhereTheirRestIsTheNextLine) {
+    const std::string longest(127, 'x');
+    EXPECT_THAT(cutLinesOf(longest + "\nb"), ElementsAre(false, false));
+    EXPECT_THAT(cutLinesOf(longest + " \t\r\nb"), ElementsAre(false, false));
+    EXPECT_THAT(cutLinesOf(longest + "y\nb"), ElementsAre(true, false, false));
+    EXPECT_THAT(cutLinesOf(longest + "  y"), ElementsAre(true, false));
+    EXPECT_THAT(cutLinesOf(longest), ElementsAre(false));
+    EXPECT_THAT(cutLinesOf(std::string(1, '\0') + longest), ElementsAre(true, false));
+}
+
 TEST(Lines, CountTheCharactersBehindAZeroByte) {
     const std::string line = std::string("a\0", 2) + std::string(125, 'x');
     EXPECT_THAT(linesOf(line + "b"), ElementsAre("a", "b"));

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "calib/number_syntax.h"
+#include "support/fastest_run.h"
 
 namespace torvik {
 namespace {
@@ -115,6 +116,18 @@ TEST(LookUp, GivesUpAfter200000Lines) {
         text += "j\n";
     EXPECT_EQ(lookUp(text + "k=v\n"), "v");
     EXPECT_EQ(lookUp(text + "j\nk=v\n"), std::nullopt);
+}
+
+// As many bytes with a line end behind every 127 are the measure.
+TEST(LookUp, TextWithoutLineEnds_TakesLinearTime) {
+    constexpr std::size_t size = 1 << 20;
+    const std::string unbroken = "[S]\n" + std::string(size, 'x');
+    std::string lines = unbroken;
+    for (std::size_t i = 131; i < lines.size(); i += 128)
+        lines[i] = '\n';
+    const auto ofLines = test::fastestRun([&] { EXPECT_EQ(lookUp(lines), std::nullopt); });
+    const auto ofUnbroken = test::fastestRun([&] { EXPECT_EQ(lookUp(unbroken), std::nullopt); });
+    EXPECT_LT(ofUnbroken.count(), 20 * ofLines.count());
 }
 
 TEST(LookUp, StartsAgainForEveryKey) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "calibration/file_check.h"
+#include "support/fastest_run.h"
 
 namespace torvik::tool {
 namespace {
@@ -69,6 +70,49 @@ TEST(UnreadLines, TheRestOfALongLineIsTold) {
 TEST(UnreadLines, ALineWithoutAnEqualsSignIsTold) {
     EXPECT_EQ(whyUnread("[SensorPara]\nsn 1234\n", reportOf(0, 0), 2),
               "not read: neither a comment nor a key with an equals sign");
+}
+
+std::size_t unreadLines(std::string_view text) {
+    CalibrationReport report;
+    addUnreadLines("sensor.ini", text, report);
+    return report.size();
+}
+
+// The measure is a text with as many lines.
+void expectLinearTime(const std::string& text, const std::string& measure) {
+    const auto ofMeasure = test::fastestRun([&] { EXPECT_GT(unreadLines(measure), 10'000U); });
+    const auto ofText = test::fastestRun([&] { EXPECT_GT(unreadLines(text), 10'000U); });
+    EXPECT_LT(ofText.count(), 10 * ofMeasure.count());
+}
+
+TEST(UnreadLines, TextWithoutLineEnds_TakesLinearTime) {
+    std::string lines(1 << 21, 'x');
+    const std::string unbroken = lines;
+    for (std::size_t i = 127; i < lines.size(); i += 128)
+        lines[i] = '\n';
+    expectLinearTime(unbroken, lines);
+}
+
+TEST(UnreadLines, ManySections_TakeLinearTime) {
+    std::string different;
+    std::string equal;
+    for (int i = 100'000; i < 140'000; ++i) {
+        different += "[" + std::to_string(i) + "]\n";
+        equal += "[100000]\n";
+    }
+    expectLinearTime(different, equal);
+}
+
+TEST(UnreadLines, EndWhereTheReadingEnds) {
+    std::string text;
+    for (int i = 0; i < 200'000; ++i)
+        text += "x\n";
+    EXPECT_EQ(unreadLines(text), 200'000U);
+    CalibrationReport report;
+    addUnreadLines("sensor.ini", text + "y\nz\n", report);
+    ASSERT_EQ(report.size(), 200'001U);
+    EXPECT_EQ(report.back().line, 200'001U);
+    EXPECT_EQ(report.back().reason, "not read: only the first 200000 lines are");
 }
 
 TEST(CheckPage, CountsWhatWasFoundAndListsTheProblems) {

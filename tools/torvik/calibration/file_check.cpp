@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <set>
 
 #include "calib/ucf_parser.h"
 #include "failure.h"
@@ -43,25 +44,23 @@ class UnreadLines {
     void find() {
         LineReader lines(text_);
         bool continued = false;
-        while (const auto line = lines.next()) {
-            count(*line);
+        for (std::size_t i = 0; i < lineLimit; ++i) {
+            const auto line = lines.next();
+            if (!line) return;
+            number_ = lines.lineNumber();
             if (continued) {
                 add(*line, "the rest of a line of more than 127 characters, read as a line of its own");
             } else if (!isComment(*line)) {
                 line->front() == '[' ? enter(*line) : look(*line);
             }
-            continued = isCut(text_, *line);
+            continued = lines.isCut();
         }
+        const auto unread = lines.next();
+        number_ = lines.lineNumber();
+        if (unread) add(*unread, fmt::format("only the first {} lines are", lineLimit));
     }
 
   private:
-    /// Counted on from the line before: long files would take too long otherwise.
-    void count(std::string_view line) {
-        const auto start = static_cast<std::size_t>(line.data() - text_.data());
-        number_ += static_cast<std::size_t>(std::ranges::count(text_.substr(counted_, start - counted_), '\n'));
-        counted_ = start;
-    }
-
     void add(std::string_view line, const std::string& reason) {
         report_.push_back({.kind = FindingKind::passedOver,
                            .file = path_,
@@ -78,14 +77,14 @@ class UnreadLines {
         reading_ = false;
         if (end == std::string_view::npos) {
             add(line, "a section's name needs a closing bracket");
-        } else if (std::ranges::find(entered_, section_) != entered_.end()) {
+        } else if (entered_.contains(section_)) {
             add(line, "the section stands twice, and the first one counts");
         } else if (std::ranges::find(sections, section_) == sections.end()) {
             add(line, unknownSection());
         } else {
             reading_ = true;
         }
-        entered_.push_back(section_);
+        entered_.insert(section_);
     }
 
     std::string unknownSection() const {
@@ -126,10 +125,9 @@ class UnreadLines {
     CalibrationReport& report_;
     CalibrationReport asked_;
     std::size_t number_ = 1;
-    std::size_t counted_ = 0;
     std::string section_;
     bool reading_ = false;
-    std::vector<std::string> entered_;
+    std::set<std::string> entered_;
 };
 
 std::string nameOf(const Finding& finding) {
