@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
-#include <random>
-#include <system_error>
 
 namespace torvik::test {
 
@@ -64,24 +62,12 @@ std::string matrixText(int inputs, int outputs) {
     return text;
 }
 
-CalibrationFolder::CalibrationFolder() {
-    std::random_device random;
-    do {
-        folder_ = std::filesystem::temp_directory_path() / ("torvik-calibration-" + std::to_string(random()));
-    } while (!std::filesystem::create_directory(folder_));
-}
-
-CalibrationFolder::~CalibrationFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-}
-
 std::string CalibrationFolder::path(std::string_view name) const {
-    return (folder_ / name).make_preferred().string();
+    return (folder_.path() / name).make_preferred().string();
 }
 
 void CalibrationFolder::write(std::string_view name, std::string_view text) const {
-    std::ofstream file(folder_ / name, std::ios::binary);
+    std::ofstream file(folder_.path() / name, std::ios::binary);
     file.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 

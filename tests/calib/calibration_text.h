@@ -1,10 +1,11 @@
 // Calibration files that tests write: a complete one of each version, of which a test changes what it is about.
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "support/temporary_folder.h"
 
 namespace torvik::test {
 
@@ -37,11 +38,6 @@ std::string matrixText(int inputs, int outputs);
 // A folder of its own for files, which is removed with all that is in it.
 class CalibrationFolder {
   public:
-    CalibrationFolder();
-    ~CalibrationFolder();
-    CalibrationFolder(const CalibrationFolder&) = delete;
-    CalibrationFolder& operator=(const CalibrationFolder&) = delete;
-
     // With the system's own separators.
     std::string path(std::string_view name) const;
 
@@ -49,7 +45,7 @@ class CalibrationFolder {
     void write(std::string_view name, std::string_view text) const;
 
   private:
-    std::filesystem::path folder_;
+    TemporaryFolder folder_;
 };
 
 }  // namespace torvik::test

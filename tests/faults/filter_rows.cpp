@@ -1,9 +1,9 @@
 // Exports of the digital filters.
 #include <climits>
-#include <filesystem>
 
 #include "TORVIK.h"
 #include "faults/fault_row.h"
+#include "support/temporary_folder.h"
 
 namespace torvik::test {
 
@@ -113,7 +113,7 @@ void keepADesign() {
 }
 
 std::string responseFile() {
-    return (std::filesystem::temp_directory_path() / "torvik-fault-response.txt").string();
+    return temporaryFile("response.txt");
 }
 
 Call simulates(std::int32_t mode, double fs, std::int32_t points) {

@@ -62,7 +62,7 @@ class SimulatedFilter : public FilterExports {
     }
 
     const std::string file =
-        testing::TempDir() + "export_" + testing::UnitTest::GetInstance()->current_test_info()->name() + ".txt";
+        temporaryFile(testing::UnitTest::GetInstance()->current_test_info()->name() + std::string(".txt"));
 
   private:
     static void designAlone(Dfilter& filter) {
@@ -175,7 +175,7 @@ TEST_F(SimulatedFilter, PassesTheCodesOfTheFilesOn) {
     expectFailure(simulate(stepMode, 0, 1, 1000, 19), filter_error::wrongArguments);
     expectFailure(simulate(amplitudeMode, 10, 400, 1000, 0), filter_error::wrongArguments);
     expectFailure(simulate(amplitudeMode, 1000, 400), filter_error::wrongArguments);
-    const std::string nowhere = testing::TempDir() + "no such folder/file.txt";
+    const std::string nowhere = temporaryFile("no such folder/file.txt");
     EXPECT_EQ(TORVIKsimulateDfilter(device, stepMode, 0, 1, 1000, 20, nowhere.c_str()), -1);
     EXPECT_THAT(takeCode(), testing::AnyOf(0x31000002U, 0x31000003U));
 }

@@ -8,6 +8,7 @@
 
 #include "filter/filter_bench.h"
 #include "filter/response_files.h"
+#include "support/temporary_folder.h"
 
 namespace torvik::test {
 
@@ -59,7 +60,7 @@ class ResponseFiles : public FilterTest {
     }
 
     const std::string file =
-        testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name() + ".txt";
+        temporaryFile(testing::UnitTest::GetInstance()->current_test_info()->name() + std::string(".txt"));
 };
 
 }  // namespace torvik::test

@@ -24,7 +24,7 @@ void PrintTo(const HeadingCase& heading, std::ostream* out) {
 
 class Headings : public ResponseFiles, public testing::WithParamInterface<HeadingCase> {
   protected:
-    const std::string file = testing::TempDir() + "heading_" + GetParam().name + ".txt";
+    const std::string file = temporaryFile(GetParam().name + std::string(".txt"));
 };
 
 TEST_P(Headings, NameTheKindAndItsCutoffs) {
@@ -139,7 +139,7 @@ TEST_F(ResponseFiles, ChooseTheArithmetic) {
 }
 
 TEST_F(ResponseFiles, GiveTheSystemsCodeWhenTheyCannotBeOpened) {
-    const std::string nowhere = testing::TempDir() + "no such folder/file.txt";
+    const std::string nowhere = temporaryFile("no such folder/file.txt");
     constexpr std::uint32_t noSuchFile = 0x31000002;
     constexpr std::uint32_t noSuchPath = 0x31000003;  // on Windows
     EXPECT_THAT(writeStepResponse(filter, singlePrecision, 0, 1, fs, 20, nowhere.c_str()),

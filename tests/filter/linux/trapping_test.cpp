@@ -4,6 +4,7 @@
 
 #include "filter/odd_cutoffs.h"
 #include "filter/response_files.h"
+#include "support/temporary_folder.h"
 
 namespace torvik::test {
 namespace {
@@ -46,7 +47,7 @@ TEST_F(TrappingHost, FindsItsTrapsAndNoExceptionAfterADesign) {
 
 TEST_F(TrappingHost, IsNotTrappedByOddSimulations) {
     make(lowPassOf(option::butterworth, 4, 0.2));
-    const std::string file = testing::TempDir() + "trapping_test.txt";
+    const std::string file = temporaryFile("response.txt");
     withTraps([&] {
         for (const double number : oddAlphas) {
             for (const std::uint32_t kindWord : {std::uint32_t{0}, singlePrecision}) {
