@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the fuzzers with clang in build/fuzz and lets each try RUNS inputs (200000 unless told), beginning with the
-# sample calibration files. An input that breaks something is kept in build/fuzz.
+# Builds the fuzzers with clang in build/fuzz and lets each try RUNS inputs (200000 unless told; a tenth of them for benches),
+# beginning with the sample calibration files and benches. An input that breaks something is kept in build/fuzz.
 #
 #   scripts/fuzz.sh [RUNS]
 set -eu -o pipefail
@@ -12,10 +12,11 @@ directory=$root/build/fuzz
 samples=$root/examples/calibration
 cmake -S "$root" -B "$directory" -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
     -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTORVIK_BUILD_TESTS=OFF -DTORVIK_BUILD_FUZZERS=ON >/dev/null
-cmake --build "$directory" --target ucf_parser_fuzz calibration_file_fuzz
+cmake --build "$directory" --target ucf_parser_fuzz calibration_file_fuzz bench_file_fuzz
 
 rm -rf "$directory/corpus"
-mkdir -p "$directory/corpus/ucf_parser" "$directory/corpus/calibration_file"
+mkdir -p "$directory/corpus/ucf_parser" "$directory/corpus/calibration_file" "$directory/corpus/bench_file"
+cp "$root"/examples/benches/*.toml "$directory/corpus/bench_file/"
 cp "$samples"/*.ini "$samples"/*.txt "$directory/corpus/ucf_parser/"
 # One input: a calibration file and the matrix files it names, in the order in which they are read.
 for file in "$samples"/*.ini; do
@@ -27,9 +28,12 @@ for file in "$samples"/*.ini; do
     done
 done
 
-for name in ucf_parser calibration_file; do
-    say "$name: $runs inputs"
-    "$directory/fuzz/${name}_fuzz" -runs="$runs" -seed=1 -max_len=4096 -timeout=10 -print_final_stats=1 -verbosity=1 \
-        -dict="$root/fuzz/calibration.dict" -artifact_prefix="$directory/" \
+for name in ucf_parser calibration_file bench_file; do
+    dictionary=calibration inputs=$runs
+    # Each of these runs the amplifiers that it describes.
+    [ "$name" != bench_file ] || dictionary=bench inputs=$(((runs + 9) / 10))
+    say "$name: $inputs inputs"
+    "$directory/fuzz/${name}_fuzz" -runs="$inputs" -seed=1 -max_len=4096 -timeout=10 -print_final_stats=1 -verbosity=1 \
+        -dict="$root/fuzz/$dictionary.dict" -artifact_prefix="$directory/" \
         "$directory/corpus/$name" 2>&1 | grep -vE '^#[0-9]+\s+(NEW|REDUCE|pulse)' | tail -n 40
 done

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include "baud_rates.hpp"
 #include "platform.hpp"
@@ -40,12 +41,18 @@ bool isValid(const CanMessage& message) {
 alignas(Adapter) std::array<std::byte, sizeof(Adapter)> storage;
 std::atomic<bool> made = false;
 
+Adapter& constructedInstance() {
+    return *std::launder(reinterpret_cast<Adapter*>(storage.data()));
+}
+
 }  // namespace
 
 Adapter& Adapter::instance() {
     static Adapter* const adapter = [] {
         auto* const constructed = std::construct_at(reinterpret_cast<Adapter*>(storage.data()));
         made = true;
+        callAroundFork([] { constructedInstance().beforeFork(); }, [] { constructedInstance().afterForkInParent(); },
+                       [] { constructedInstance().afterForkInChild(); });
         return constructed;
     }();
     return *adapter;
@@ -55,9 +62,17 @@ void Adapter::shutDownInstance() {
     if (made) instance().shutDown();
 }
 
-Adapter::Adapter() : notifier_([] { instance().dueTimeReached(); }) {
-    const BenchResult result = configuredBench();
-    useBench(result.bench ? *result.bench : defaultBench());
+Adapter::Adapter() noexcept : notifier_([] { instance().dueTimeReached(); }) {
+    try {
+        const BenchResult result = configuredBench();
+        if (result.bench) {
+            useBench(*result.bench);
+        } else {
+            refuse(result);
+        }
+    } catch (...) {
+        refuse(outOfMemory());
+    }
 }
 
 Status Adapter::forcedStatus(FailRule& rule) {
@@ -163,9 +178,9 @@ Status Adapter::filterMessages(std::uint16_t channel, std::uint32_t from, std::u
         const bool extended = mode == kExtendedFrame;
         if (from > to || to > (extended ? kHighestExtendedId : kHighestStandardId)) return kIllegalValue;
         advance();
-        filter_.add(from, to, extended);
+        const bool added = filter_.add(from, to, extended);
         notify();
-        return kOk;
+        return added ? kOk : kNoResource;
     });
 }
 
@@ -175,6 +190,14 @@ Status Adapter::errorText(Status status, std::uint16_t language, char* buffer) {
         if (buffer == nullptr || text == nullptr || !isLanguage(language)) return kIllegalValue;
         return textToBuffer(text, buffer, kErrorTextSize);
     });
+}
+
+void Adapter::afterForkInChild() {
+    channel_ = 0;
+    bus_.close();
+    received_.clear();
+    notifier_.abandon();
+    lock_.unlock();
 }
 
 void Adapter::dueTimeReached() {
@@ -258,7 +281,7 @@ void Adapter::shutDown() {
         bus_.release();
         bench_ = BenchConfig();
         filter_ = Filter();
-        message_ = std::string();
+        message_ = {};
     }
     notifier_.release();
 }

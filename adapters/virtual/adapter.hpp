@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <mutex>
 #include <optional>
-#include <string>
+#include <string_view>
 
 #include "bench_file.hpp"
 #include "bus.hpp"
@@ -32,7 +32,8 @@ class Adapter final : public FrameReceiver {
     // Gives everything back when the library is unloaded; what is called afterwards finds no channel.
     static void shutDownInstance();
 
-    Adapter();
+    // A bench that is not there or not understood makes initialize() fail.
+    Adapter() noexcept;
     Adapter(const Adapter&) = delete;
     Adapter& operator=(const Adapter&) = delete;
 
@@ -50,7 +51,8 @@ class Adapter final : public FrameReceiver {
     // As the control functions describe them.
     bool resetAll();
     bool configure(const BenchResult& result);
-    [[nodiscard]] const char* message() const { return message_.c_str(); }
+    // Always the same place, so that a thread may read it while another configures.
+    [[nodiscard]] const char* message() const { return message_.data(); }
     std::uint32_t push(const VirtualFrame* frames, std::uint32_t count);
     void failCalls(std::uint32_t entry, Status status, std::uint32_t skip, std::uint32_t count);
     void addAnswerRule(const AnswerRules::Rule& rule);
@@ -66,6 +68,11 @@ class Adapter final : public FrameReceiver {
     std::uint32_t takeWritten(VirtualFrame* frames, std::uint32_t capacity);
     bool valueOf(std::uint32_t device, std::uint32_t channel, std::uint64_t set, double& value);
 
+    // The process is being forked: the child gets a usable adapter without a channel, and leaves its parent's alone.
+    void beforeFork() { lock_.lock(); }
+    void afterForkInParent() { lock_.unlock(); }
+    void afterForkInChild();
+
     // A frame is due (called by the notifier's system).
     void dueTimeReached();
 
@@ -77,6 +84,8 @@ class Adapter final : public FrameReceiver {
     };
     // Looking at the clock costs more than taking a frame out of the queue, so it is done once for so many frames.
     static constexpr std::uint32_t kReadsPerLook = 32;
+    // A call must end, whatever number it is given.
+    static constexpr std::uint32_t kMostSetsPerCall = 65'536;
 
     void receive(const Frame& frame, Nanoseconds time) override;
 
@@ -97,7 +106,10 @@ class Adapter final : public FrameReceiver {
     void discardWaiting();
     void remember(const Frame& frame);
     void useBench(const BenchConfig& bench);
-    BenchResult configuredBench();
+    // The bench of the environment, or the default one.
+    static BenchResult configuredBench();
+    void setMessage(std::string_view message);
+    void refuse(const BenchResult& result);
     [[nodiscard]] Amplifier* findAmplifier(std::uint32_t device, std::uint32_t channel);
     void shutDown();
 
@@ -115,7 +127,7 @@ class Adapter final : public FrameReceiver {
     ParameterValues parameters_;
     Filter filter_;
     BenchConfig bench_;
-    std::string message_;
+    std::array<char, 1024> message_{};
     ReceiveNotifier notifier_;
     Bus bus_{counters_};
     Ring<TimedFrame, kReceiveQueueLength + 1> received_;

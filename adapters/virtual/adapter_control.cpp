@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <span>
+#include <utility>
 
 #include "adapter.hpp"
 #include "baud_rates.hpp"
@@ -11,17 +12,23 @@ namespace virtual_adapter {
 
 BenchResult Adapter::configuredBench() {
     const auto path = environmentVariable("TORVIK_VIRTUAL_BENCH");
-    BenchResult result = path && !path->empty() ? readBenchFile(*path) : BenchResult{defaultBench(), {}};
-    benchRefused_ = !result.bench;
-    message_ = result.message;
-    if (benchRefused_) {
-        const std::string line = "virtual adapter: " + message_ + "; CAN_Initialize refuses\n";
-        static_cast<void>(std::fputs(line.c_str(), stderr));
-    }
-    return result;
+    return path && !path->empty() ? readBenchFile(*path) : BenchResult{defaultBench(), {}};
+}
+
+void Adapter::setMessage(std::string_view message) {
+    message_ = {};
+    std::ranges::copy(message.substr(0, message_.size() - 1), message_.begin());
+}
+
+void Adapter::refuse(const BenchResult& result) {
+    benchRefused_ = true;
+    setMessage(result.message);
+    static_cast<void>(std::fprintf(stderr, "virtual adapter: %s; CAN_Initialize fails\n", message()));
 }
 
 bool Adapter::resetAll() {
+    // Reading may take its time: not under the lock.
+    const BenchResult result = configuredBench();
     const std::lock_guard guard(lock_);
     if (shutDown_) return false;
     if (channel_ != 0) closeChannel();
@@ -30,26 +37,30 @@ bool Adapter::resetAll() {
     bus_.setLoad(0, 0, 0);
     written_.clear();
     paused_ = false;
-    const BenchResult result = configuredBench();
     useBench(result.bench ? *result.bench : bench_);
     counters_ = {};
+    benchRefused_ = false;
+    setMessage({});
+    if (!result.bench) refuse(result);
     return result.bench.has_value();
 }
 
 bool Adapter::configure(const BenchResult& result) {
     const std::lock_guard guard(lock_);
-    message_ = result.message;
+    setMessage(result.message);
     if (!result.bench || shutDown_) return false;
-    benchRefused_ = false;
     if (channel_ != 0) advance();
     useBench(*result.bench);
+    benchRefused_ = false;
     notify();
     return true;
 }
 
 void Adapter::useBench(const BenchConfig& bench) {
-    bench_ = bench;
-    bus_.setUp(bench_);
+    // Whoever runs out of memory here leaves everything as it was.
+    BenchConfig copy = bench;
+    bus_.setUp(copy);
+    bench_ = std::move(copy);
     if (channel_ != 0) bus_.open(monotonicTime(), bitRateOf(bitRateCode_));
 }
 
@@ -106,7 +117,7 @@ std::uint32_t Adapter::sendSets(std::uint32_t device, std::uint32_t sets) {
     const Nanoseconds now = monotonicTime();
     bus_.advance(now, *this);
     const std::uint64_t before = counters_.framesQueued;
-    for (std::uint32_t i = 0; i < sets; ++i)
+    for (std::uint32_t i = 0; i < std::min(sets, kMostSetsPerCall); ++i)
         bus_.sendSet(device, now, *this);
     notify();
     return static_cast<std::uint32_t>(counters_.framesQueued - before);

@@ -59,7 +59,7 @@ void Amplifier::bringIntoForce(Nanoseconds now) {
 }
 
 void Amplifier::requestSet(Nanoseconds now) {
-    requestedSets_.push_back(now);
+    if (requestedSets_.size() < kMostWaiting) requestedSets_.push_back(now);
     updateHead();
 }
 
@@ -98,6 +98,11 @@ void Amplifier::connect(Nanoseconds now) {
     restartSchedule(now);
 }
 
+void Amplifier::leaveOutMissed(Nanoseconds now) {
+    if (schedule_.due() <= now) schedule_.advancePast(now);
+    updateHead();
+}
+
 void Amplifier::forgetUnsent() {
     answers_.clear();
     requestedSets_.clear();
@@ -110,11 +115,13 @@ void Amplifier::hold(bool on, Nanoseconds now) {
     restartSchedule(now);
 }
 
-void Amplifier::queueAnswer(const Reply::Answer& answer, Nanoseconds ready) {
+bool Amplifier::queueAnswer(const Reply::Answer& answer, Nanoseconds ready) {
+    if (answers_.size() == kMostWaiting) return false;
     const auto later = [](Nanoseconds time, const Pending& pending) { return time < pending.ready; };
     const auto place = std::upper_bound(answers_.begin(), answers_.end(), ready, later);
     answers_.insert(place, Pending{ready, {identifiers_.answer, kStandardFrame, 8, answer}});
     updateHead();
+    return true;
 }
 
 Amplifier::Sent Amplifier::takeFrame(Frame& frame, Nanoseconds begun) {

@@ -59,9 +59,14 @@ class Amplifier {
     Reply execute(const Frame& command, Nanoseconds now);
 
     // The node.
+    static constexpr std::size_t kMostWaiting = 65'536;  // answers, and sets asked for
+
     void connect(Nanoseconds now);
+    // The stream goes on with the first instant after `now`.
+    void leaveOutMissed(Nanoseconds now);
     void hold(bool on, Nanoseconds now);
-    void queueAnswer(const Reply::Answer& answer, Nanoseconds ready);
+    // False: as many are waiting as can.
+    bool queueAnswer(const Reply::Answer& answer, Nanoseconds ready);
 
     // When its next frame is ready, what it is, and its identifier.
     [[nodiscard]] Nanoseconds headTime() const { return headTime_; }

@@ -1,30 +1,20 @@
 #include "bench_file.hpp"
 
-#include <toml++/toml.h>
-
 #include <algorithm>
-#include <fstream>
 #include <initializer_list>
-#include <iterator>
 #include <limits>
 #include <span>
-#include <stdexcept>
-#include <utility>
 
 #include "frame.hpp"
+#include "toml_file.hpp"
 
 namespace virtual_adapter {
 namespace {
 
 // What is wrong with a description, and where.
-class BenchError : public std::runtime_error {
+class BenchError : public bounded_toml::Error {
   public:
-    BenchError(const toml::node& node, const std::string& reason)
-        : std::runtime_error(reason), place_(node.source().begin) {}
-    [[nodiscard]] const toml::source_position& place() const { return place_; }
-
-  private:
-    toml::source_position place_;
+    BenchError(const toml::node& node, const std::string& reason) : Error(node.source().begin, reason) {}
 };
 
 template <class Value>
@@ -282,28 +272,22 @@ BenchConfig readBench(const toml::table& source) {
     return bench;
 }
 
-std::string placeAndReason(const std::string& name, const toml::source_position& place, std::string_view reason) {
-    return name + ":" + std::to_string(place.line) + ":" + std::to_string(place.column) + ": " + std::string(reason);
-}
-
 }  // namespace
 
 BenchResult parseBench(std::string_view text, const std::string& name) {
     try {
-        return {readBench(toml::parse(text)), {}};
-    } catch (const toml::parse_error& error) {
-        return {std::nullopt, placeAndReason(name, error.source().begin, error.description())};
-    } catch (const BenchError& error) {
-        return {std::nullopt, placeAndReason(name, error.place(), error.what())};
+        return {readBench(bounded_toml::parse(text)), {}};
+    } catch (const bounded_toml::Error& error) {
+        return {std::nullopt, error.message(name)};
     }
 }
 
 BenchResult readBenchFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return {std::nullopt, path + ":0:0: the file cannot be opened"};
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (file.bad()) return {std::nullopt, path + ":0:0: the file cannot be read"};
-    return parseBench(text, path);
+    try {
+        return parseBench(bounded_toml::readFile(path), path);
+    } catch (const bounded_toml::Error& error) {
+        return {std::nullopt, error.message(path)};
+    }
 }
 
 }  // namespace virtual_adapter

@@ -13,7 +13,12 @@ struct BenchResult {
     std::string message;  // why there is no bench: "name:line:column: reason"
 };
 
-// Bench descriptions in TOML; docs/virtual-adapter.md says what they consist of.
+// Short enough to need no memory.
+[[nodiscard]] inline BenchResult outOfMemory() noexcept {
+    return {std::nullopt, "out of memory"};
+}
+
+// Bench descriptions in TOML; docs/virtual-adapter.md says what they consist of. Throw std::bad_alloc.
 [[nodiscard]] BenchResult parseBench(std::string_view text, const std::string& name);
 [[nodiscard]] BenchResult readBenchFile(const std::string& path);
 

@@ -24,14 +24,17 @@ Frame foreignFrame(std::uint32_t id, std::uint64_t number) {
 }  // namespace
 
 void Bus::setUp(const BenchConfig& bench) {
-    timing_ = bench.timing;
-    amplifiers_.clear();
-    commandIds_.clear();
+    std::vector<std::unique_ptr<Amplifier>> amplifiers;
+    std::vector<std::uint32_t> commandIds;
     for (const AmplifierConfig& config : bench.amplifiers) {
-        commandIds_.push_back(config.commandId);
-        amplifiers_.push_back(std::make_unique<Amplifier>(config));
+        commandIds.push_back(config.commandId);
+        amplifiers.push_back(std::make_unique<Amplifier>(config));
     }
-    ready_.assign(amplifiers_.size() + 2, kNever);
+    std::vector<Nanoseconds> ready(amplifiers.size() + 2, kNever);
+    timing_ = bench.timing;
+    amplifiers_ = std::move(amplifiers);
+    commandIds_ = std::move(commandIds);
+    ready_ = std::move(ready);
 }
 
 void Bus::release() {
@@ -57,14 +60,27 @@ void Bus::close() {
 }
 
 void Bus::advance(Nanoseconds now, FrameReceiver& receiver) {
-    for (;;) {
+    if (bitRate_ == 0) return;
+    for (std::uint32_t turns = 0;; ++turns) {
         const Turn turn = nextTurn();
         if (turn.begin > now) break;
         const Nanoseconds end = turn.begin + duration(turn.node);
         if (end > now) break;
+        if (turns == kMostTurns) {
+            leaveOutMissed(now);
+            break;
+        }
         takeTurn(turn, end, receiver);
     }
     findNextDue();
+}
+
+void Bus::leaveOutMissed(Nanoseconds now) {
+    for (const auto& amplifier : amplifiers_)
+        amplifier->leaveOutMissed(now);
+    foreign_.ready = std::max(foreign_.ready, now);
+    for (std::size_t node = 0; node < ready_.size(); ++node)
+        refresh(node);
 }
 
 bool Bus::write(const Frame& frame, Nanoseconds now, FrameReceiver& receiver) {
@@ -206,6 +222,12 @@ void Bus::carryOut(std::size_t device, const Frame& frame, Nanoseconds arrival) 
     ++counters_.commandsReceived;
     Amplifier& amplifier = *amplifiers_[device];
     const std::uint8_t command = frame.data[1];
+    // What it has to send next may have changed even if memory runs out half way.
+    const auto refreshed = [this, device, &amplifier](const void*) {
+        commandIds_[device] = amplifier.commandId();
+        refresh(device);
+    };
+    const std::unique_ptr<const void, decltype(refreshed)> atEnd(this, refreshed);
     const bool answered = amplifier.answers(command);
     auto rule = answered ? rules_.take(static_cast<std::uint32_t>(device), command) : std::nullopt;
     if (rule && rule->action == VIRTUAL_ANSWER_REPLACE) {
@@ -219,27 +241,28 @@ void Bus::carryOut(std::size_t device, const Frame& frame, Nanoseconds arrival) 
             queueAnswer(amplifier, answer, arrival, rule);
         }
     }
-    commandIds_[device] = amplifier.commandId();
-    refresh(device);
 }
 
 void Bus::queueAnswer(Amplifier& amplifier, const Reply::Answer& answer, Nanoseconds arrival,
                       const std::optional<AnswerRules::Rule>& rule) {
     const Nanoseconds ready = arrival + amplifier.config().answerTime * kMicrosecond;
-    if (!rule) return amplifier.queueAnswer(answer, ready);
+    const auto queue = [&](const Reply::Answer& queued, Nanoseconds at) {
+        if (!amplifier.queueAnswer(queued, at)) ++counters_.answersDropped;
+    };
+    if (!rule) return queue(answer, ready);
     switch (rule->action) {
         case VIRTUAL_ANSWER_DROP:
             ++counters_.answersDropped;
             break;
         case VIRTUAL_ANSWER_DELAY:
-            amplifier.queueAnswer(answer, arrival + rule->microseconds * kMicrosecond);
+            queue(answer, arrival + rule->microseconds * kMicrosecond);
             break;
         case VIRTUAL_ANSWER_DOUBLE:
-            amplifier.queueAnswer(answer, ready);
-            amplifier.queueAnswer(answer, ready);
+            queue(answer, ready);
+            queue(answer, ready);
             break;
         default:
-            amplifier.queueAnswer(rule->answer, ready);
+            queue(rule->answer, ready);
             break;
     }
 }

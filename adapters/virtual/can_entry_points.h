@@ -7,7 +7,10 @@
 #include <stdint.h>
 
 #ifdef __cplusplus
+#define CAN_NOEXCEPT noexcept
 extern "C" {
+#else
+#define CAN_NOEXCEPT
 #endif
 
 typedef struct CanMessage {
@@ -23,16 +26,17 @@ typedef struct CanTimestamp {
     uint16_t microseconds; /* 0..999 */
 } CanTimestamp;
 
-uint32_t CAN_Initialize(uint16_t channel, uint16_t btr0btr1, uint8_t hardwareType, uint32_t ioPort, uint16_t interrupt);
-uint32_t CAN_Uninitialize(uint16_t channel);
-uint32_t CAN_Reset(uint16_t channel);
-uint32_t CAN_GetStatus(uint16_t channel);
-uint32_t CAN_Read(uint16_t channel, CanMessage* message, CanTimestamp* timestamp);
-uint32_t CAN_Write(uint16_t channel, CanMessage* message);
-uint32_t CAN_FilterMessages(uint16_t channel, uint32_t fromId, uint32_t toId, uint8_t mode);
-uint32_t CAN_GetValue(uint16_t channel, uint8_t parameter, void* buffer, uint32_t length);
-uint32_t CAN_SetValue(uint16_t channel, uint8_t parameter, void* buffer, uint32_t length);
-uint32_t CAN_GetErrorText(uint32_t status, uint16_t language, char* buffer);
+uint32_t CAN_Initialize(uint16_t channel, uint16_t btr0btr1, uint8_t hardwareType, uint32_t ioPort,
+                        uint16_t interrupt) CAN_NOEXCEPT;
+uint32_t CAN_Uninitialize(uint16_t channel) CAN_NOEXCEPT;
+uint32_t CAN_Reset(uint16_t channel) CAN_NOEXCEPT;
+uint32_t CAN_GetStatus(uint16_t channel) CAN_NOEXCEPT;
+uint32_t CAN_Read(uint16_t channel, CanMessage* message, CanTimestamp* timestamp) CAN_NOEXCEPT;
+uint32_t CAN_Write(uint16_t channel, CanMessage* message) CAN_NOEXCEPT;
+uint32_t CAN_FilterMessages(uint16_t channel, uint32_t fromId, uint32_t toId, uint8_t mode) CAN_NOEXCEPT;
+uint32_t CAN_GetValue(uint16_t channel, uint8_t parameter, void* buffer, uint32_t length) CAN_NOEXCEPT;
+uint32_t CAN_SetValue(uint16_t channel, uint8_t parameter, void* buffer, uint32_t length) CAN_NOEXCEPT;
+uint32_t CAN_GetErrorText(uint32_t status, uint16_t language, char* buffer) CAN_NOEXCEPT;
 
 #ifdef __cplusplus
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -28,12 +29,17 @@ class Filter {
         ranges_.clear();
     }
 
-    void add(std::uint32_t from, std::uint32_t to, bool extended) {
+    // False: there are as many ranges as can be.
+    [[nodiscard]] bool add(std::uint32_t from, std::uint32_t to, bool extended) {
+        if (ranges_.size() == kMostRangesAdded) return false;
         ranges_.push_back({from, to, extended});
         state_ = State::ranges;
+        return true;
     }
 
   private:
+    static constexpr std::size_t kMostRangesAdded = 1024;
+
     struct Range {
         std::uint32_t from;
         std::uint32_t to;

@@ -12,6 +12,9 @@ namespace virtual_adapter {
 // The monotonic clock; on Linux the one of timer descriptors (CLOCK_MONOTONIC).
 [[nodiscard]] Nanoseconds monotonicNow();
 
+// `before` and then one of the others is called around every fork of this process, if it can fork at all.
+void callAroundFork(void (*before)(), void (*inParent)(), void (*inChild)());
+
 // As the process's environment holds it now.
 [[nodiscard]] std::optional<std::string> environmentVariable(const char* name);
 

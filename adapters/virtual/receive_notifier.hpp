@@ -40,6 +40,9 @@ class ReceiveNotifier {
     // Wakes whoever waits; nothing is announced any more.
     void channelClosed();
 
+    // In a forked child: gives this process's copies back, and leaves those of its parent alone.
+    void abandon();
+
     // Gives the system's resources back. Called without the lock: it may wait for a running callback.
     void release();
 

@@ -63,7 +63,8 @@ double signalValue(const SignalConfig& signal, const SignalPlace& place, std::ui
     if (signal.waveform == Waveform::noise) return value + signal.amplitude * randomValue(place, set);
     if (signal.waveform != Waveform::constant) {
         const double turns = static_cast<double>(set) * (signal.frequency / place.setsPerSecond);
-        const double wholeTurns = static_cast<double>(static_cast<std::int64_t>(turns));
+        // From 2^53 on every number is whole.
+        const double wholeTurns = turns < 0x1p53 ? static_cast<double>(static_cast<std::int64_t>(turns)) : turns;
         value += signal.amplitude * waveformValue(signal.waveform, turns - wholeTurns);
     }
     if (signal.noise != 0) value += signal.noise * randomValue(place, set);

@@ -1,5 +1,5 @@
 """torvik config: what a user sets on a device, saved to a file, loaded, compared."""
-from tool_runner import (DEVICE_FAILED, DIFFERS, OUTPUT_FAILED, SUCCESS, USAGE, ToolTest, main, run)
+from tool_runner import (DEVICE_FAILED, DIFFERS, OUTPUT_FAILED, SUCCESS, USAGE, ToolTest, main, only_linux, run)
 
 TWO_CHANNELS = "[[amplifier]]\nchannels = 2\nserial = 4711\n"
 OLD_FIRMWARE = "[[amplifier]]\nchannels = 2\nfirmware = 0x00030008\n"
@@ -147,6 +147,13 @@ class Load(ConfigTest):
 
     def test_a_missing_file_is_told(self):
         self.assert_failure(run("config", "load", self.file), USAGE, "there is no such file")
+
+    def test_a_folder_is_rejected_with_its_cause(self):
+        self.assert_failure(run("config", "load", self.path(".")), USAGE, "this is a folder")
+
+    @only_linux
+    def test_an_endless_file_is_rejected_with_its_cause(self):
+        self.assert_failure(run("config", "load", "/dev/zero"), USAGE, "/dev/zero: the file has more than 1048576 bytes")
 
     def test_a_device_that_does_not_answer_is_a_failure(self):
         self.write("[device]\nanalogue-filter = 1\n")

@@ -75,6 +75,13 @@ TEST(ConfigurationFile, AMistakeIsToldWithItsLine) {
     EXPECT_EQ(reasonFor("[device\n").substr(0, 12), "file.toml:1:");
 }
 
+TEST(ConfigurationFile, KeyOfFiftyThousandParts_IsRejectedWithItsPlace) {
+    std::string key;
+    for (int i = 0; i < 50'000; ++i)
+        key += "a.";
+    EXPECT_EQ(reasonFor("[device]\n" + key + "b = 1\n"), "file.toml:2:32: a key has more than 16 parts");
+}
+
 TEST(ConfigurationFile, WhatIsNotPartOfAConfigurationIsRefused) {
     EXPECT_NE(reasonFor("[device]\nserial-number = 1\n").find("not part of a configuration"), std::string::npos);
 }

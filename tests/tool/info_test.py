@@ -1,6 +1,8 @@
 """torvik info, and the ways in which a device cannot be opened."""
+import os
+
 from tool_runner import (ADAPTER_FOLDER, ADAPTER_LIBRARY, DEVICE_FAILED, NO_ADAPTER, SUCCESS, USAGE, ToolTest,
-                         environment, main, run)
+                         environment, main, only_linux, run, started)
 
 
 class Info(ToolTest):
@@ -81,6 +83,19 @@ class CannotOpen(ToolTest):
     def test_a_bench_file_with_a_mistake_is_told_with_its_line(self):
         bench = self.bench("[[amplifier]]\nchannels = 9\n")
         self.assert_failure(run("info", "--simulate", bench), USAGE, "bench.toml:2:", "channels")
+
+    def test_a_folder_as_bench_file(self):
+        self.assert_failure(run("info", "--simulate", self.path(".")), USAGE, "this is a folder")
+
+    @only_linux
+    def test_a_bench_from_a_pipe(self):
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        with started("info", "--simulate", str(pipe)) as process:
+            pipe.write_text("[[amplifier]]\nserial = 4711\n")
+            output, _ = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, SUCCESS)
+        self.assertIn("4711", output.decode())
 
 
 if __name__ == "__main__":

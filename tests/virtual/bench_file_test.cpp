@@ -189,7 +189,7 @@ TEST_F(ConfiguredAdapter, BenchCanBeReplacedWhileTheChannelIsOpen) {
 
 TEST_F(ConfiguredAdapter, FileThatIsNotThereIsRefused) {
     EXPECT_EQ(virtualConfigureFile("no-such-bench.toml"), -1);
-    EXPECT_STREQ(virtualMessage(), "no-such-bench.toml:0:0: the file cannot be opened");
+    EXPECT_STREQ(virtualMessage(), "no-such-bench.toml: there is no such file, or it cannot be opened");
 }
 
 TEST_F(ConfiguredAdapter, RefusedFileOfTheEnvironmentKeepsTheChannelClosedUntilABenchIsGiven) {

@@ -8,7 +8,6 @@
 #include "command_line.h"
 #include "configuration.h"
 #include "connection.h"
-#include "read_text.h"
 
 namespace torvik::tool {
 
@@ -32,17 +31,9 @@ void writeConfigurationFile(const std::string& path, const std::string& text) {
                   .advice = "check the path, the right to write there, and the disk for free space"};
 }
 
-std::string readConfigurationFile(const std::string& path) {
-    if (auto text = readText(path)) return *std::move(text);
-    throw Failure{.exitCode = ExitCode::usage,
-                  .tried = fmt::format("reading the configuration file '{}'", path),
-                  .reason = "there is no such file, or it cannot be read",
-                  .advice = "check the path; 'torvik config save FILE' writes one from a device"};
-}
-
 /// What the file says, without the identifiers unless they are asked for.
 std::vector<ConfigurationItem> requestedItems(const ConfigRequest& request) {
-    auto items = parseConfiguration(readConfigurationFile(request.file), request.file);
+    auto items = readConfiguration(request.file);
     if (request.identifiers) return items;
     const auto left = std::erase_if(items, [](const ConfigurationItem& item) {
         return item.parameter->inConfiguration == InConfiguration::onRequest;

@@ -1,13 +1,13 @@
 #include "configuration_file.h"
 
 #include <fmt/format.h>
-#include <toml++/toml.h>
 
 #include <algorithm>
 #include <iterator>
 #include <tuple>
 
 #include "failure.h"
+#include "toml_file.hpp"
 
 namespace torvik::tool {
 
@@ -56,26 +56,19 @@ std::string keyOf(const ConfigurationItem& item) {
 
 class ConfigurationReader {
   public:
-    ConfigurationReader(std::string_view text, const std::string& fileName) : fileName_(fileName) {
-        try {
-            read(toml::parse(text));
-        } catch (const toml::parse_error& error) {
-            fail(error.source(), std::string(error.description()));
-        }
+    explicit ConfigurationReader(std::string_view text) {
+        read(bounded_toml::parse(text));
         inOrderOfWriting();
     }
 
     std::vector<ConfigurationItem> takeItems() { return std::move(items_); }
 
   private:
-    [[noreturn]] void fail(const toml::source_region& where, const std::string& reason) const {
-        throw Failure{.exitCode = ExitCode::usage,
-                      .tried = fmt::format("reading the configuration file '{}'", fileName_),
-                      .reason = fmt::format("{}:{}:{}: {}", fileName_, where.begin.line, where.begin.column, reason),
-                      .advice = "correct the file; 'torvik config save FILE' writes one from a device"};
+    [[noreturn]] static void fail(const toml::source_region& where, const std::string& reason) {
+        throw bounded_toml::Error(where.begin, reason);
     }
 
-    const toml::table& tableIn(const toml::key& key, const toml::node& node) const {
+    static const toml::table& tableIn(const toml::key& key, const toml::node& node) {
         if (node.is_table()) return *node.as_table();
         fail(key.source(), fmt::format("\"{}\" is not a table", key.str()));
     }
@@ -111,7 +104,7 @@ class ConfigurationReader {
             add(parameter, key.str(), key, node);
     }
 
-    const Parameter& parameterOf(const toml::key& key) const {
+    static const Parameter& parameterOf(const toml::key& key) {
         const Parameter* const parameter = findParameter(key.str());
         if (parameter == nullptr) fail(key.source(), fmt::format("there is no parameter \"{}\"", key.str()));
         if (parameter->inConfiguration == InConfiguration::no) {
@@ -165,9 +158,15 @@ class ConfigurationReader {
         });
     }
 
-    std::string fileName_;
     std::vector<ConfigurationItem> items_;
 };
+
+Failure readingFailure(const bounded_toml::Error& error, const std::string& fileName) {
+    return Failure{.exitCode = ExitCode::usage,
+                   .tried = fmt::format("reading the configuration file '{}'", fileName),
+                   .reason = error.message(fileName),
+                   .advice = "correct the file or its path; 'torvik config save FILE' writes one from a device"};
+}
 
 }  // namespace
 
@@ -195,8 +194,16 @@ bool canBeLoaded(const ConfigurationItem& item) {
     return parseValue(parameter.kind, parameter.limits, valueText(parameter.kind, item.value)).has_value();
 }
 
-std::vector<ConfigurationItem> parseConfiguration(std::string_view text, const std::string& fileName) {
-    return ConfigurationReader(text, fileName).takeItems();
+std::vector<ConfigurationItem> parseConfiguration(std::string_view text, const std::string& fileName) try {
+    return ConfigurationReader(text).takeItems();
+} catch (const bounded_toml::Error& error) {
+    throw readingFailure(error, fileName);
+}
+
+std::vector<ConfigurationItem> readConfiguration(const std::string& fileName) try {
+    return ConfigurationReader(bounded_toml::readFile(fileName)).takeItems();
+} catch (const bounded_toml::Error& error) {
+    throw readingFailure(error, fileName);
 }
 
 }  // namespace torvik::tool

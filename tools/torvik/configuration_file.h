@@ -26,4 +26,8 @@ bool canBeLoaded(const ConfigurationItem& item);
 /// The items in the order in which they are to be written. Throws Failure with the line of a mistake.
 std::vector<ConfigurationItem> parseConfiguration(std::string_view text, const std::string& fileName);
 
+/// The same from a file, which is read once: a pipe will do. Throws Failure with the cause, too, when it cannot be read
+/// or is larger than 1 MiB.
+std::vector<ConfigurationItem> readConfiguration(const std::string& fileName);
+
 }  // namespace torvik::tool

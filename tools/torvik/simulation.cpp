@@ -7,7 +7,6 @@
 
 #include "failure.h"
 #include "platform/adapter_library.h"
-#include "read_text.h"
 #include "virtual_control.h"
 
 namespace torvik::tool {
@@ -15,14 +14,6 @@ namespace torvik::tool {
 namespace {
 
 constexpr const char* benchVariable = "TORVIK_VIRTUAL_BENCH";
-
-void checkReadable(const std::string& benchFile) {
-    if (readText(benchFile)) return;
-    throw Failure{.exitCode = ExitCode::usage,
-                  .tried = fmt::format("opening the bench file '{}'", benchFile),
-                  .reason = "there is no such file, or it cannot be read",
-                  .advice = "check the path, or use --simulate without a file"};
-}
 
 /// The virtual adapter keeps what it did not understand of the bench file as its message.
 void checkUnderstood(const platform::ResidentLibrary& adapter, const std::string& benchFile) {
@@ -37,10 +28,8 @@ void checkUnderstood(const platform::ResidentLibrary& adapter, const std::string
 }  // namespace
 
 void loadVirtualAdapter(const std::string& benchFile) {
-    if (!benchFile.empty()) {
-        checkReadable(benchFile);
-        platform::setEnvironment(benchVariable, benchFile);
-    }
+    // The adapter reads the file, and nobody else: a pipe can be read only once.
+    if (!benchFile.empty()) platform::setEnvironment(benchVariable, benchFile);
     const auto path = platform::executableFolder() / "virtual" / platform::adapterLibraryName();
     try {
         checkUnderstood(platform::ResidentLibrary(path), benchFile);

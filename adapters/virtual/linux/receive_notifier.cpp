@@ -111,6 +111,12 @@ void ReceiveNotifier::channelClosed() {
     active_ = false;
 }
 
+// Nothing is signalled: the counters behind the descriptors are the parent's, too.
+void ReceiveNotifier::abandon() {
+    active_ = false;
+    system_.reset();
+}
+
 void ReceiveNotifier::release() {
     active_ = false;
     system_.reset();

@@ -17,6 +17,8 @@ Nanoseconds monotonicNow() {
     return ticks / frequency * second + ticks % frequency * second / frequency;
 }
 
+void callAroundFork(void (* /*before*/)(), void (* /*inParent*/)(), void (* /*inChild*/)()) {}
+
 std::optional<std::string> environmentVariable(const char* name) {
     // The run-time's copy of the environment does not see what the host sets after the library was loaded.
     const DWORD size = GetEnvironmentVariableA(name, nullptr, 0);

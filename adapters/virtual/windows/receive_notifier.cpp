@@ -117,6 +117,8 @@ void ReceiveNotifier::channelClosed() {
     active_ = false;
 }
 
+void ReceiveNotifier::abandon() {}
+
 void ReceiveNotifier::release() {
     active_ = false;
     system_.reset();
