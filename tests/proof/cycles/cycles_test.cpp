@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "TORVIK.h"
 #include "process_state.h"
@@ -159,21 +160,43 @@ ProcessState stateAtRest() {
     return ProcessState::now();
 }
 
+// What a process holds before and after so many cycles.
+struct Balance {
+    int cycles = 0;
+    ProcessState before;
+    ProcessState after;
+
+    // Half of what the smallest leak that has to be found takes. Negative: heaps cannot be compared.
+    bool leaks() const {
+        constexpr std::int64_t bytesInACycle = 512;
+        return before.heap >= 0 && after.heap - before.heap >= bytesInACycle * cycles;
+    }
+};
+
+template <class Body>
+Balance balanceOf(int cycles, Body body) {
+    Balance balance;
+    balance.before = stateAtRest();
+    for (; balance.cycles < cycles && !testing::Test::HasFailure(); ++balance.cycles)
+        body();
+    balance.after = stateAtRest();
+    return balance;
+}
+
 void runCycles(int cycles, bool release) {
     Steps steps;
     for (int cycle = 0; cycle < warmUpCycles; ++cycle)
         runCycle(steps, cycle % 2 == 0);
-    const ProcessState before = stateAtRest();
     const auto begun = Clock::now();
-    int done = 0;
-    for (; done < cycles && !testing::Test::HasFailure(); ++done)
-        runCycle(steps, release);
+    const Balance balance = balanceOf(cycles, [&] { runCycle(steps, release); });
+    const auto& [done, before, after] = balance;
     const std::chrono::duration<double> took = Clock::now() - begun;
-    const ProcessState after = stateAtRest();
     std::printf("%d cycles %s release in %.1f s; longest step: %s; before %s, after %s\n", done,
                 release ? "with" : "without", took.count(), steps.longest().c_str(), before.text().c_str(),
                 after.text().c_str());
     EXPECT_GT(before.handles, 0U);
+    EXPECT_NE(before.heap, 0);
+    EXPECT_FALSE(balance.leaks());
     // What the system's thread pool and heap take on their own, far less than one a cycle.
     EXPECT_LE(after.threads, before.threads + TORVIK_THREADS_OF_OTHERS);
     EXPECT_LE(after.handles, before.handles + TORVIK_HANDLES_OF_OTHERS);
@@ -192,6 +215,20 @@ TEST(Cycles, LoadedActivatedReleasedAndUnloadedManyTimes) {
 
 TEST(Cycles, UnloadedManyTimesWithoutRelease) {
     runCycles(numberFrom("TORVIK_CYCLES_WITHOUT_RELEASE", TORVIK_USUAL_CYCLES), false);
+}
+
+// The check of the cycles can fail.
+TEST(Cycles, Leak_OfOneKibibyteInACycle_IsFound) {
+    if (ProcessState::now().heap < 0) return;  // the leak sanitizer looks instead
+    constexpr int cycles = 10;
+    Steps steps;
+    runCycle(steps, true);
+    std::vector<std::unique_ptr<char[]>> leaked;
+    leaked.reserve(cycles);
+    EXPECT_TRUE(balanceOf(cycles, [&] {
+                    runCycle(steps, true);
+                    leaked.push_back(std::make_unique<char[]>(1024));
+                }).leaks());
 }
 
 // How long the system needs to start and end a program that does nothing.

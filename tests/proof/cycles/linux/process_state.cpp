@@ -1,5 +1,10 @@
 #include "process_state.h"
 
+#include <malloc.h>
+#if defined(TORVIK_SANITIZED_HEAP)
+#include <sanitizer/allocator_interface.h>
+#endif
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -29,6 +34,20 @@ std::size_t dataSize() {
     return 0;
 }
 
+#if defined(TORVIK_SANITIZED_HEAP)
+// The sanitizer's own; with the address sanitizer it counts what lies in quarantine, and the leak sanitizer looks
+// instead.
+std::int64_t heapSize() {
+    return TORVIK_SANITIZED_HEAP ? static_cast<std::int64_t>(__sanitizer_get_current_allocated_bytes()) : -1;
+}
+#else
+// Of all arenas.
+std::int64_t heapSize() {
+    const struct mallinfo2 heap = mallinfo2();
+    return static_cast<std::int64_t>(heap.uordblks + heap.hblkhd);
+}
+#endif
+
 }  // namespace
 
 std::chrono::milliseconds ProcessState::restTime() {
@@ -36,9 +55,10 @@ std::chrono::milliseconds ProcessState::restTime() {
 }
 
 ProcessState ProcessState::now() {
-    // The mappings first: listing a folder may itself need memory.
+    // Heap and mappings first: listing a folder may itself need memory.
+    const std::int64_t heap = heapSize();
     const std::size_t mappings = linesOf("/proc/self/maps");
-    return {entriesOf("/proc/self/task"), entriesOf("/proc/self/fd"), mappings, dataSize()};
+    return {entriesOf("/proc/self/task"), entriesOf("/proc/self/fd"), mappings, dataSize(), heap};
 }
 
 }  // namespace torvik::proof

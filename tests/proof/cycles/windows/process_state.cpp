@@ -77,6 +77,27 @@ std::size_t privateSize() {
     return counters.PagefileUsage / 1024;
 }
 
+std::int64_t sizeOf(HANDLE heap) {
+    std::int64_t size = 0;
+    PROCESS_HEAP_ENTRY entry{};
+    HeapLock(heap);
+    while (HeapWalk(heap, &entry) != 0) {
+        if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) size += entry.cbData;
+    }
+    HeapUnlock(heap);
+    return size;
+}
+
+// Of the process's heap and the C run-time's, if it has one of its own.
+std::int64_t heapSize() {
+    std::vector<HANDLE> heaps(64);
+    heaps.resize(std::min<std::size_t>(GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()), heaps.size()));
+    std::int64_t size = 0;
+    for (const HANDLE heap : heaps)
+        size += sizeOf(heap);
+    return size;
+}
+
 }  // namespace
 
 std::chrono::milliseconds ProcessState::restTime() {
@@ -84,7 +105,8 @@ std::chrono::milliseconds ProcessState::restTime() {
 }
 
 ProcessState ProcessState::now() {
-    return {countThreads(), countHandles(), countMappings(), privateSize()};
+    const std::int64_t heap = heapSize();
+    return {countThreads(), countHandles(), countMappings(), privateSize(), heap};
 }
 
 }  // namespace torvik::proof
