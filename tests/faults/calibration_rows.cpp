@@ -33,7 +33,8 @@ int resultOf(bool complete) {
 }
 
 bool readsSerial(ExpectedExchange& exchange) {
-    return exchange.acknowledge(selectSlot) && exchange.ask(readElement);
+    if (exchange.knows(firmware_with::channelCount) && !exchange.acknowledge(selectSlot)) return false;
+    return exchange.ask(readElement);
 }
 
 std::int32_t readsStandardArrays(ExpectedExchange& exchange) {
@@ -42,11 +43,15 @@ std::int32_t readsStandardArrays(ExpectedExchange& exchange) {
     });
 }
 
-// With the format word and the zero signals.
+// The format word and the zero signals, which old firmware does not know.
+int lateElements(const ExpectedExchange& exchange) {
+    return exchange.knows(firmware_with::allCalibrations) ? 1 + axes : 0;
+}
+
 std::int32_t readsArrays(ExpectedExchange& exchange) {
-    return withStreamPaused(exchange, [&] {
-        return resultOf(readsSerial(exchange) && askAll(exchange, readElement, 1 + 2 + matrixElements + 3 + 2 * axes));
-    });
+    const int elements = 2 + matrixElements + 3 + axes + lateElements(exchange);
+    return withStreamPaused(exchange,
+                            [&] { return resultOf(readsSerial(exchange) && askAll(exchange, readElement, elements)); });
 }
 
 // The serial number comes last.
@@ -57,16 +62,25 @@ std::int32_t writesStandardArrays(ExpectedExchange& exchange) {
 
 // Stored after the stream runs again.
 std::int32_t writesArrays(ExpectedExchange& exchange) {
-    const std::int32_t result = withStreamPaused(exchange, [&] {
-        return resultOf(acknowledgeAll(exchange, writeElement, 1 + 2 + matrixElements + 3 + 2 * axes + 1));
-    });
+    const int elements = 2 + matrixElements + 3 + axes + lateElements(exchange) + 1;
+    const std::int32_t result =
+        withStreamPaused(exchange, [&] { return resultOf(acknowledgeAll(exchange, writeElement, elements)); });
     return result == 0 ? resultOf(exchange.acknowledge(storeSlot)) : result;
+}
+
+// `story`, which old firmware does not know.
+Story withAllCalibrations(std::int32_t (*story)(ExpectedExchange&)) {
+    return [story](ExpectedExchange& exchange) {
+        if (exchange.knows(firmware_with::allCalibrations)) return story(exchange);
+        return exchange.fail(expected_code::firmwareUnsupported);
+    };
 }
 
 // All parts of the model name are sent, and only the last one's result counts.
 std::int32_t writesExtension(ExpectedExchange& exchange) {
     return withStreamPaused(exchange, [&] {
         if (!acknowledgeAll(exchange, writeElement, 1 + matrixElements + 2 * axes)) return -1;
+        if (!exchange.knows(firmware_with::modelName)) return 0;
         bool last = false;
         for (int part = 0; part < 4; ++part)
             last = exchange.acknowledge(0x1C);
@@ -77,7 +91,9 @@ std::int32_t writesExtension(ExpectedExchange& exchange) {
 // The status of the model name's answers is not looked at.
 std::int32_t readsExtension(ExpectedExchange& exchange) {
     return withStreamPaused(exchange, [&] {
-        if (!askAll(exchange, readElement, 1 + matrixElements + 2 * axes) || !exchange.send(0x1B)) return -1;
+        if (!askAll(exchange, readElement, 1 + matrixElements + 2 * axes)) return -1;
+        if (!exchange.knows(firmware_with::modelName)) return 0;
+        if (!exchange.send(0x1B)) return -1;
         for (int part = 0; part < 4; ++part) {
             if (exchange.take() == ExpectedExchange::Answer::missing) return -1;
         }
@@ -98,7 +114,7 @@ std::int32_t writesInfo(ExpectedExchange& exchange) {
 
 // Extension, date, five units of the table, one that becomes a user text of the device, and the arrays.
 std::int32_t writesFile(ExpectedExchange& exchange) {
-    if (writesExtension(exchange) != 0) return -1;
+    if (exchange.knows(firmware_with::allCalibrations) && writesExtension(exchange) != 0) return -1;
     if (!acknowledgeAll(exchange, writeElement, 3 + 5)) return -1;
     if (!asksForUserText(exchange) || !asksForUserText(exchange) || !writesUserText(exchange)) return -1;
     if (!exchange.acknowledge(writeElement)) return -1;
@@ -148,7 +164,7 @@ std::vector<FaultRow> readingRows() {
              return TORVIKreadFTsensorCalArrExt(deviceNo, memory.words.data(), memory.matrix.data(),
                                                 memory.words.data() + 1, memory.moreWords.data(), memory.text.data());
          }),
-         readsExtension},
+         withAllCalibrations(readsExtension)},
         {"TORVIKgetFTSensorCalArrNo", "", fills([](std::int32_t deviceNo, CallerMemory& memory) {
              return TORVIKgetFTSensorCalArrNo(deviceNo, 0, memory.bytes.data());
          }),
@@ -171,6 +187,13 @@ std::vector<FaultRow> writingRows() {
                                                          ones.data(), ones.data(), nullptr, 1),
                             "", true};
          },
+         withAllCalibrations(writesArrays)},
+        {"TORVIKwriteFTsensorCalArrayA", "ofTheStandardFormat",
+         [](std::int32_t deviceNo) {
+             return Outcome{TORVIKwriteFTsensorCalArrayA(deviceNo, 2, serialText, scales.data(), ones.data(),
+                                                         ones.data(), ones.data(), nullptr, 0),
+                            "", true};
+         },
          writesArrays},
         {"TORVIKwriteFTsensorCalArrExt", "",
          [](std::int32_t deviceNo) {
@@ -178,7 +201,7 @@ std::vector<FaultRow> writingRows() {
                  TORVIKwriteFTsensorCalArrExt(deviceNo, 1, ones.data(), factors.data(), factors.data(), modelName), "",
                  true};
          },
-         writesExtension},
+         withAllCalibrations(writesExtension)},
         {"TORVIKwriteFTsensorCalArrInfo", "",
          [](std::int32_t deviceNo) {
              std::int32_t units[] = {3, 3, 3, 18, 18, 18};
@@ -186,7 +209,7 @@ std::vector<FaultRow> writingRows() {
              double info[] = {-3, 1};
              return Outcome{TORVIKwriteFTsensorCalArrInfo(deviceNo, units, date, info), "", true};
          },
-         writesInfo},
+         withAllCalibrations(writesInfo)},
         {"TORVIKstoreFTSensorCal", "", writes(TORVIKstoreFTSensorCal, u8{2}), acknowledges(storeSlot)},
         {"TORVIKsetFTSensorCalArrNo", "", writes(TORVIKsetFTSensorCalArrNo, u8{2}), acknowledges(0x55)},
         {"TORVIKwriteFTSensorCalFromFile", "",

@@ -37,6 +37,7 @@ struct Figures {
     std::uint64_t cases = 0;
     std::uint64_t positions = 0;
     std::set<std::string> exports;
+    std::set<std::pair<std::uint32_t, std::uint32_t>> makes;  // protocol kind and firmware, beside the default one
     std::chrono::milliseconds longest{0};
 };
 Figures figures;
@@ -45,7 +46,8 @@ class FiguresPrinted final : public testing::Environment {
   public:
     void TearDown() override {
         std::cout << "every fault: " << figures.cases << " cases, " << figures.exports.size() << " exports, "
-                  << figures.positions << " frame positions, longest call " << figures.longest.count()
+                  << figures.positions << " frame positions, " << figures.makes.size()
+                  << " other makes of device, longest call " << figures.longest.count()
                   << " ms of simulated time, seed " << seed() << "\n";
     }
 };
@@ -143,7 +145,7 @@ class FaultedExport : public FaultBench, public testing::WithParamInterface<Faul
     Observation expectUndisturbed() {
         const FaultPlan none{.fault = Fault::none, .position = nowhere};
         const Observation observation = meet(row(), none);
-        ExpectedExchange exchange(none);
+        ExpectedExchange exchange(none, make);
         EXPECT_EQ(observation.outcome.result, row().story(exchange));
         EXPECT_EQ(observation.code, exchange.lastError());
         EXPECT_EQ(observation.sent, exchange.sent());
@@ -156,7 +158,7 @@ class FaultedExport : public FaultBench, public testing::WithParamInterface<Faul
     void expectOutcome(const FaultPlan& plan, const Observation& undisturbed) {
         const Observation observation = meet(row(), plan);
         const bool onlyAnswerOfTheFirst = bus.positions().size() < 2 || bus.positions()[1].written;
-        ExpectedExchange exchange(plan);
+        ExpectedExchange exchange(plan, make);
         const std::int32_t result = row().story(exchange);
         std::uint32_t code = exchange.lastError();
         const bool failed = result == row().failed;
@@ -208,6 +210,23 @@ class FaultedExport : public FaultBench, public testing::WithParamInterface<Faul
         count(observation);
     }
 
+    // Every fault, or one in so many, at every frame. Result: the number of frame positions.
+    std::size_t meetEveryFault(Random& random, std::uint32_t oneIn) {
+        const Observation undisturbed = expectUndisturbed();
+        const std::vector<SimulatedBus::Position> positions = bus.positions();
+        for (const FaultPlan& plan : plansOf(positions, random)) {
+            if (random.between(1, oneIn) != 1) continue;
+            SCOPED_TRACE(describe(plan));
+            if (plan.fault == Fault::doubledAnswer) {
+                expectShift(plan, undisturbed, plan.position + 1 == positions.size());
+            } else {
+                expectOutcome(plan, undisturbed);
+            }
+            if (HasFailure()) break;
+        }
+        return positions.size();
+    }
+
     static void count(const Observation& observation) {
         ++figures.cases;
         figures.longest = std::max(figures.longest, observation.elapsed);
@@ -217,20 +236,28 @@ class FaultedExport : public FaultBench, public testing::WithParamInterface<Faul
 };
 
 TEST_P(FaultedExport, DoesWhatTheRulesSayAtEveryFrame) {
-    const Observation undisturbed = expectUndisturbed();
-    const std::vector<SimulatedBus::Position> positions = bus.positions();
     Random random(nameOf(row()));
-    for (const FaultPlan& plan : plansOf(positions, random)) {
-        SCOPED_TRACE(describe(plan));
-        if (plan.fault == Fault::doubledAnswer) {
-            expectShift(plan, undisturbed, plan.position + 1 == positions.size());
-        } else {
-            expectOutcome(plan, undisturbed);
-        }
-        if (HasFailure()) return;
-    }
-    figures.positions += positions.size();
+    const std::size_t positions = meetEveryFault(random, 1);
+    figures.positions += positions;
     figures.exports.insert(row().exportName);
+}
+
+// One other make of device, and some of the faults; TORVIK_FAULT_MAKES=all: every make, and every fault.
+TEST_P(FaultedExport, OnOtherDevices_DoesWhatTheRulesSay) {
+    constexpr std::uint32_t sample = 4;
+    Random random(nameOf(row()) + " on other devices");
+    std::vector<DeviceMake> makes = otherMakes();
+    const bool all = std::getenv("TORVIK_FAULT_MAKES") != nullptr;
+    if (!all) makes = {random.oneOf(makes)};
+    for (const DeviceMake& other : makes) {
+        std::ostringstream text;
+        text << "protocol kind " << other.protocolKind << ", firmware 0x" << std::hex << other.firmware;
+        SCOPED_TRACE(text.str());
+        use(other);
+        meetEveryFault(random, all ? 1 : sample);
+        if (HasFailure()) return;
+        figures.makes.emplace(other.protocolKind, other.firmware);
+    }
 }
 
 // Those that send nothing do not need a bus.

@@ -150,6 +150,7 @@ bool ExpectedExchange::pause(std::chrono::milliseconds duration) {
 }
 
 std::int32_t ExpectedExchange::restart() {
+    if (!knows(firmware_with::reset)) return fail(expected_code::firmwareUnsupported);
     if (!send(resetDevice)) return -1;
     if (!pause(restartTime)) return -1;
     // Whether the stream comes back is not reported.

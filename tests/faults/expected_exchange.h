@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+#include "faults/device_make.h"
 #include "faults/fault_plan.h"
 
 namespace torvik::test {
@@ -15,8 +16,10 @@ namespace torvik::test {
 namespace expected_code {
 inline constexpr std::uint32_t deviceWrite = 223;
 inline constexpr std::uint32_t noValueIdentifier = 249;
+inline constexpr std::uint32_t firmwareUnsupported = 0x30000062;
 inline constexpr std::uint32_t answerTimeout = 0x30000058;
 inline constexpr std::uint32_t frequencyOutOfRange = 0x30000064;
+inline constexpr std::uint32_t parameterExceedance = 0x30000100;
 inline constexpr std::uint32_t internalCallFailed = 0x30000105;
 inline constexpr std::uint32_t notActive = 0x30000113;
 }  // namespace expected_code
@@ -25,7 +28,10 @@ class ExpectedExchange {
   public:
     enum class Answer { good, refused, missing };
 
-    explicit ExpectedExchange(const FaultPlan& plan) : plan_(plan) {}
+    explicit ExpectedExchange(const FaultPlan& plan, const DeviceMake& make = {}) : plan_(plan), make_(make) {}
+
+    bool knows(std::uint32_t sinceFirmware) const { return make_.firmware >= sinceFirmware; }
+    std::uint32_t protocolKind() const { return make_.protocolKind; }
 
     // Writes a command. False: the code is stored.
     bool send(std::uint8_t command);
@@ -47,8 +53,10 @@ class ExpectedExchange {
     // False: a release has come.
     bool pause(std::chrono::milliseconds duration);
 
-    // The restart that ends a setting.
+    // A restart of the device; too old a firmware fails it.
     std::int32_t restart();
+    // The same as the end of a setting, which succeeds without it.
+    std::int32_t restartAfterSetting() { return knows(firmware_with::reset) ? restart() : (restart(), 0); }
 
     void store(std::uint32_t code) { lastError_ = code; }
     void storeRefusal() { lastError_ = refusal_; }
@@ -75,6 +83,7 @@ class ExpectedExchange {
     bool failsToWrite(std::size_t position) const;
 
     FaultPlan plan_;
+    DeviceMake make_;
     std::size_t position_ = 0;
     std::chrono::milliseconds now_{0};
     std::deque<std::uint8_t> ring_;  // statuses

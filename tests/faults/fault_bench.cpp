@@ -42,6 +42,13 @@ void PrintTo(const FaultRow& row, std::ostream* out) {
 
 void FaultBench::SetUp() {
     bus.restore(clock);
+    use({});
+}
+
+void FaultBench::use(const DeviceMake& newMake) {
+    TORVIKrelease(0);
+    make = newMake;
+    bus.setFirmware(make.firmware);
     for (std::int32_t deviceNo = 1; deviceNo <= static_cast<std::int32_t>(simulatedDevices); ++deviceNo)
         activate(deviceNo);
 }
@@ -53,9 +60,11 @@ void FaultBench::TearDown() {
 
 void FaultBench::activate(std::int32_t deviceNo) {
     const SimulatedCall simulated;
+    const std::uint32_t kindFlag =
+        make.protocolKind == 16 ? TORVIK_FLAG_PROTOCOL_KIND_16 : TORVIK_FLAG_PROTOCOL_KIND_32;
     std::uint32_t count = 0;
     EXPECT_EQ(TORVIKactivateExtended(deviceNo, TORVIK_ADAPTER_USB, 1000000, 16, &count, commandIdOf(deviceNo),
-                                     answerIdOf(deviceNo), TORVIK_FLAG_PROTOCOL_KIND_16),
+                                     answerIdOf(deviceNo), kindFlag),
               0)
         << std::hex << takeCode(deviceNo);
     EXPECT_EQ(count, 6U);

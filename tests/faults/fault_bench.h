@@ -41,6 +41,9 @@ class FaultBench : public testing::Test {
     void SetUp() override;
     void TearDown() override;
 
+    // All devices are of this make from now on, and active.
+    void use(const DeviceMake& make);
+
     // Makes the first device what the row begins with, and lets the call meet the fault.
     Observation meet(const FaultRow& row, const FaultPlan& plan);
 
@@ -60,6 +63,7 @@ class FaultBench : public testing::Test {
     void activate(std::int32_t deviceNo);
     static DeviceRecord& record() { return deviceRecord(faultyDevice); }
 
+    DeviceMake make;
     SimulatedClock clock;
     SimulatedBus& bus = SimulatedBus::instance();
 

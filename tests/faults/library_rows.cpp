@@ -11,10 +11,18 @@ namespace {
 using u8 = std::uint8_t;
 using u32 = std::uint32_t;
 
+// Old firmware says it in its mode word, which is read as the application does.
+bool asksForChannelCount(ExpectedExchange& exchange) {
+    if (exchange.knows(firmware_with::channelCount)) return exchange.ask(0x49);
+    const auto answer = exchange.exchange(0x26);
+    if (answer == ExpectedExchange::Answer::refused) exchange.store(expected_code::internalCallFailed);
+    return answer == ExpectedExchange::Answer::good;
+}
+
 // The device's answers while it is set up. Whether it streams is asked last and does not count.
 std::int32_t activation(ExpectedExchange& exchange) {
     if (!exchange.ask(0x8C)) return exchange.fail(expected_code::noValueIdentifier);
-    if (!exchange.ask(0x2B) || !exchange.ask(0x49)) return -1;
+    if (!exchange.ask(0x2B) || !asksForChannelCount(exchange)) return -1;
     exchange.ask(0x80);
     exchange.store(0);
     return 0;

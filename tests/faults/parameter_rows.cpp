@@ -17,13 +17,14 @@ using Answered = ExpectedExchange::Answer;
 
 Story restartsAfter(u8 command) {
     return [command](ExpectedExchange& exchange) {
-        return exchange.acknowledge(command) ? exchange.restart() : std::int32_t{-1};
+        return exchange.acknowledge(command) ? exchange.restartAfterSetting() : std::int32_t{-1};
     };
 }
 
 // The entries of a channel's list; a refusal ends it. False: not even the first came.
 bool inputRanges(ExpectedExchange& exchange) {
-    constexpr int longestList = 10;
+    const bool onlyOne = exchange.protocolKind() == 16 && !exchange.knows(firmware_with::allCalibrations);
+    const int longestList = onlyOne ? 1 : 10;
     for (int entry = 0; entry < longestList; ++entry) {
         const Answered answer = exchange.exchange(0xA2);
         if (answer == Answered::missing) return false;
@@ -37,7 +38,7 @@ bool inputRanges(ExpectedExchange& exchange) {
 
 std::int32_t inputSensitivity(ExpectedExchange& exchange) {
     if (!inputRanges(exchange)) return -1;
-    if (!exchange.acknowledge(0x34) || exchange.restart() != 0) return -1;
+    if (!exchange.acknowledge(0x34) || exchange.restartAfterSetting() != 0) return -1;
     return exchange.acknowledge(0x07) ? 0 : -1;
 }
 
@@ -68,20 +69,32 @@ std::int32_t calibrationValue(ExpectedExchange& exchange) {
     return exchange.askNext() ? 0 : -1;
 }
 
+std::int32_t inputType(ExpectedExchange& exchange) {
+    if (!exchange.knows(firmware_with::allCalibrations)) return exchange.fail(expected_code::firmwareUnsupported);
+    return exchange.acknowledge(0xA3) ? exchange.restartAfterSetting() : -1;
+}
+
+// Protocol kind 32 has no such value.
+std::int32_t calibrationValueOfKind16(ExpectedExchange& exchange) {
+    if (exchange.protocolKind() == 32) return exchange.fail(expected_code::parameterExceedance);
+    return exchange.acknowledge(0x18) ? 0 : -1;
+}
+
 // Only a failed send ends it early, and only the last acknowledgement counts.
 std::int32_t inputTypeOfAllChannels(ExpectedExchange& exchange) {
+    if (!exchange.knows(firmware_with::allCalibrations)) return exchange.fail(expected_code::firmwareUnsupported);
     constexpr int channels = 6;
     bool accepted = false;
     for (int channel = 0; channel < channels; ++channel) {
         if (!exchange.send(0xA3)) return -1;
         accepted = exchange.takeAcknowledgement();
     }
-    return accepted ? exchange.restart() : -1;
+    return accepted ? exchange.restartAfterSetting() : -1;
 }
 
 std::int32_t factorySettings(ExpectedExchange& exchange) {
     if (!exchange.acknowledge(0x09) || !exchange.pause(300ms)) return -1;
-    return exchange.acknowledge(0x0A) ? exchange.restart() : -1;
+    return exchange.acknowledge(0x0A) ? exchange.restartAfterSetting() : -1;
 }
 
 // Those whose exchange is not one command with its answer.
@@ -92,7 +105,7 @@ const std::map<std::string, Story>& longerStories() {
         {"TORVIKloadSettings", restartsAfter(0x09)},
         {"TORVIKwriteAoutOffset", restartsAfter(0x05)},
         {"TORVIKsetAoutType", restartsAfter(0x0E)},
-        {"TORVIKsetInType", restartsAfter(0xA3)},
+        {"TORVIKsetInType", inputType},
         {"TORVIKFABwriteInputRange", restartsAfter(0x34)},
         {"TORVIKsetFrequency", restartsAfter(0x8B)},
         {"TORVIKgetMode", deviceMode},
@@ -146,6 +159,9 @@ std::vector<FaultRow> longerVariants() {
          [](ExpectedExchange& exchange) { return asksForUserText(exchange) ? 0 : -1; }},
         {"TORVIKsetUnitText", "ofTheUser", writes(TORVIKsetUnitText, 3U, 2, "daN"),
          [](ExpectedExchange& exchange) { return writesUserText(exchange) ? 0 : -1; }},
+        {"TORVIKgetInTypeRange", "ofAllChannels", reads<u32, double>(TORVIKgetInTypeRange, 0U), asks(0xA2)},
+        {"TORVIKreadCal", "ofASecondBank", reads<double>(TORVIKreadCal, 40, 3U), calibrationValue},
+        {"TORVIKFABwriteCal", "ofASecondBank", writes(TORVIKFABwriteCal, 40U, 3U, -2.7), calibrationValueOfKind16},
         {"TORVIKsetCounterFreqMode", "ofSubZero", writes(TORVIKsetCounterFreqMode, 1, 0U, 7U),
          [](ExpectedExchange& exchange) { return exchange.acknowledge(0x6A) && exchange.ask(0x49) ? 0 : -1; }},
     };

@@ -43,7 +43,7 @@ std::uint32_t calibrationElement(std::uint8_t arrayCode) {
 }
 
 // What a device says of itself; acknowledgements for everything else.
-std::vector<Bytes> ownAnswers(std::int32_t deviceNo, const PcanMessage& message) {
+std::vector<Bytes> ownAnswers(std::int32_t deviceNo, const PcanMessage& message, std::uint32_t firmware) {
     switch (message.data[1]) {
         case 0x01:
             return {word(identOf(deviceNo))};
@@ -52,8 +52,10 @@ std::vector<Bytes> ownAnswers(std::int32_t deviceNo, const PcanMessage& message)
         case 0x1B:
             return {answer({1, 'S', 'I', 'X', '-'}), answer({2, '2', '0', '0', 'N'}), answer({3, '-', '5', 'N', 'm'}),
                     answer({4, 0, 0, 0, 0})};
+        case 0x26:
+            return {word(0x00000106)};  // 6 channels
         case 0x2B:
-            return {word(0x00040000)};
+            return {word(firmware)};
         case 0x47:
             return {word(calibrationElement(message.data[2]))};
         case 0x49:
@@ -188,7 +190,7 @@ std::uint32_t SimulatedBus::write(const PcanMessage& message) {
 }
 
 std::vector<Bytes> SimulatedBus::answersTo(std::int32_t deviceNo, const PcanMessage& message) {
-    std::vector<Bytes> answers = ownAnswers(deviceNo, message);
+    std::vector<Bytes> answers = ownAnswers(deviceNo, message, firmware_);
     if (deviceNo != 1) return answers;
     for (Bytes& data : answers) {
         if (const auto scripted = takeScripted(message.data[1])) data = *scripted;

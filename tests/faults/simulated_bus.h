@@ -66,6 +66,9 @@ class SimulatedBus {
     // Everything works, nothing is scripted or recorded.
     void restore(SimulatedClock& clock);
 
+    // What all devices report as their firmware version.
+    void setFirmware(std::uint32_t version) { firmware_ = version; }
+
     // The first device gives these answers, each once and in this order to its command, and its own to others.
     void script(std::span<const Answer> answers);
 
@@ -121,6 +124,7 @@ class SimulatedBus {
     void scheduleWakeUps();
 
     SimulatedClock* clock_ = nullptr;
+    std::uint32_t firmware_ = 0;
     std::deque<Answer> script_;
     FaultPlan plan_;
     std::function<void()> release_;
