@@ -29,7 +29,8 @@ std::vector<RandomCall> filterCalls() {
         C<decltype(TORVIKgetDfilterOnOff)>::make("TORVIKgetDfilterOnOff", 1, one<u32>),
         C<decltype(TORVIKsetDfilterOnOff)>::make("TORVIKsetDfilterOnOff", 2, number, number, number),
         C<decltype(TORVIKgetDfilterInfo)>::make("TORVIKgetDfilterInfo", 4, number, number, one<u32>, reals<2>),
-        C<decltype(TORVIKgetDigiFiltType)>::make("TORVIKgetDigiFiltType", 1, number, byte, one<u32>),
+        C<decltype(TORVIKgetDigiFiltType)>::make("TORVIKgetDigiFiltType", 1, number, byte, one<u32>)
+            .onlyInStorms(),  // never succeeds
         C<decltype(TORVIKgetDfilterCoeff)>::make("TORVIKgetDfilterCoeff", 9, number, number, reals<5>, reals<4>)
             .weighing(30),
         C<decltype(TORVIKstoreDigitalFilter)>::make("TORVIKstoreDigitalFilter", 1, number, number),

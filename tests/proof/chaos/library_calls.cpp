@@ -25,7 +25,8 @@ std::int32_t activate(decltype(TORVIKactivateExtended)* function, Arguments& any
     // Bit rate and kind count when the adapter is opened, and have to fit the bus. Debug output is left out: it is
     // text.
     const std::uint32_t baudRate = usual ? 1'000'000 : 1;
-    const std::uint32_t flags = (usual ? TORVIK_FLAG_PROTOCOL_KIND_16 : 0) | (any.onceIn(2) ? TORVIK_FLAG_PCAN_LOG : 0);
+    const std::uint32_t kind = any.onceIn(2) ? TORVIK_FLAG_PROTOCOL_KIND_16 : TORVIK_FLAG_PROTOCOL_KIND_32;
+    const std::uint32_t flags = (usual ? kind : 0) | (any.onceIn(2) ? TORVIK_FLAG_PCAN_LOG : 0);
     const std::uint32_t bufferSize = any.onceIn(500) ? any.number() : any.below(1000);
     return function(deviceNo, usual ? TORVIK_ADAPTER_USB : any.byte(), baudRate, bufferSize,
                     any.array<std::uint32_t>(1), commandId, answerId, flags);
@@ -61,11 +62,9 @@ std::vector<RandomCall> libraryCalls() {
         C<decltype(TORVIKgetLastValueError)>::make("TORVIKgetLastValueError", 1, byte, many<std::uint8_t, 6>),
         C<decltype(TORVIKresetStatus)>::make("TORVIKresetStatus", 1),
         // Everything on the first amplifier; with room for 65534 values a channel, which takes its time.
-        C<decltype(TORVIKactivateStd)>::make("TORVIKactivateStd", activationCommands, one<u32>)
-            .pausing(10'000)
-            .weighing(1),
+        C<decltype(TORVIKactivateStd)>::make("TORVIKactivateStd", activationCommands, one<u32>).weighing(1),
         callWith<decltype(TORVIKactivateExtended)>("TORVIKactivateExtended", activationCommands, activate)
-            .pausing(10'000)
+            .onlyInStorms()
             .weighing(900),
         C<decltype(TORVIKgetInterfaceIdent)>::make("TORVIKgetInterfaceIdent", 1, byte, one<u32>),
         C<decltype(TORVIKread)>::make("TORVIKread", 0, channel, one<double>),

@@ -21,17 +21,20 @@ struct RandomCall {
     int commands = 0;                     // most commands that it sends, one after the other
     std::chrono::milliseconds pauses{0};  // what it waits beside
     double weight = 100;                  // how often it is chosen
+    bool inNormalPhases = true;
 
-    // The time limits that callers are told: 4000 ms for the device, 2000 ms for each answer. The rest is for a busy
-    // machine, and for what must not wait at all.
-    std::chrono::milliseconds bound() const {
+    // The most that its time-outs and pauses can take: 4000 ms for the device, 2000 ms for each answer.
+    std::chrono::milliseconds mostWaits() const {
         constexpr std::chrono::milliseconds command(6000);
-        constexpr std::chrono::milliseconds machine(1000);
-        return machine + pauses + commands * command;
+        return pauses + commands * command;
     }
 
     RandomCall& pausing(int milliseconds) {
         pauses = std::chrono::milliseconds(milliseconds);
+        return *this;
+    }
+    RandomCall& onlyInStorms() {
+        inNormalPhases = false;
         return *this;
     }
     RandomCall& weighing(double chosen) {

@@ -4,7 +4,10 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
+#include <numeric>
 #include <random>
+#include <span>
 #include <stdexcept>
 #include <string_view>
 #include <thread>
@@ -23,36 +26,36 @@ using std::chrono::milliseconds;
 constexpr const char* libraryPath = TORVIK_WITNESSED_LIBRARY;
 constexpr const char* calibrationFile = TORVIK_CALIBRATION_FILE;
 
-// Three makes of firmware: without a restart of the device, without calibrations of other dimensions, with everything.
+// Firmware below each version from which the library does more, and one that does everything.
+struct Make {
+    std::uint32_t firmware;
+    std::uint32_t copies;
+    const char* settings;
+};
+
+constexpr Make makes[] = {
+    {0x00030008, 8, ""},
+    {0x0003000A, 8, "value_type = \"int16\"\n"},
+    {0x0003002E, 8, "channels = 8\nvalue_type = \"int16\"\n"},
+    {0x00030031, 8, "calibrated = true\n"},
+    {0x00040000, 7, "value_type = \"float32\"\ncalibrated = true\n"},
+};
+
 // Nobody waits for a device's reset: a command to a device that is off the bus is never answered.
-constexpr const char* bench = R"(
-[[amplifier]]
-copies = 13
-frequency = 20
-reset_time_ms = 0
-firmware = 0x00030008
-
-[[amplifier]]
-command = 0x127
-answer = 0x128
-value = 0x129
-copies = 13
-frequency = 20
-reset_time_ms = 0
-firmware = 0x0003002E
-channels = 8
-value_type = "int16"
-
-[[amplifier]]
-command = 0x14E
-answer = 0x14F
-value = 0x150
-copies = 13
-frequency = 20
-reset_time_ms = 0
-value_type = "float32"
-calibrated = true
-)";
+std::string rig(std::uint32_t protocolKind) {
+    std::string text;
+    std::uint32_t amplifier = 0;
+    for (const Make& make : makes) {
+        const std::uint32_t commandId = commandIdOf(amplifier);
+        text += "[[amplifier]]\ncommand = " + std::to_string(commandId) +
+                "\nanswer = " + std::to_string(commandId + 1) + "\nvalue = " + std::to_string(commandId + 2) +
+                "\ncopies = " + std::to_string(make.copies) +
+                "\nfrequency = 20\nreset_time_ms = 0\nfirmware = " + std::to_string(make.firmware) +
+                "\nprotocol = " + std::to_string(protocolKind) + "\n" + make.settings + "\n";
+        amplifier += make.copies;
+    }
+    return text;
+}
 
 // One call in so many releases a device, and one everything.
 constexpr std::uint32_t releaseOnceIn = 60;
@@ -72,15 +75,19 @@ VirtualCounters adapterCounters() {
 
 }  // namespace
 
-Run::Run(std::uint64_t seed)
+Run::Run(std::uint64_t seed, Spoil spoil)
     : seed_(seed),
+      spoil_(spoil),
       folder_(std::filesystem::temp_directory_path() / ("torvik-chaos-" + std::to_string(std::random_device()()))),
       calls_(randomCalls()),
       called_(calls_.size()),
+      failedNormally_(calls_.size()),
       watchdog_(abortRun) {
     std::filesystem::create_directories(folder_);
-    for (const RandomCall& call : calls_)
+    for (const RandomCall& call : calls_) {
         weights_.push_back(call.weight);
+        normalWeights_.push_back(call.inNormalPhases ? call.weight : 0);
+    }
     // All exports but TORVIKrelease, and the extension.
     complainUnless(calls_.size() == 102, "the table of calls has " + std::to_string(calls_.size()) + " exports");
 }
@@ -98,13 +105,28 @@ std::size_t Run::neverCalled() const {
     return static_cast<std::size_t>(std::ranges::count_if(called_, [](const auto& times) { return times == 0; }));
 }
 
+std::string Run::normalFailures() const {
+    std::vector<std::size_t> order(calls_.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::ranges::sort(order, std::greater(), [this](std::size_t index) { return failedNormally_[index].load(); });
+    std::string text;
+    for (const std::size_t index : std::span(order).first(10))
+        text += std::string(" ") + calls_[index].name + " " + std::to_string(failedNormally_[index]);
+    return text;
+}
+
 std::string Run::fileOf(std::size_t thread) const {
     return (folder_ / ("response" + std::to_string(thread) + ".txt")).string();
 }
 
+std::uint32_t Run::kindOfRound() const {
+    return roundNo_ % 2 == 1 ? 16 : 32;
+}
+
 void Run::loadLibrary() {
     // The channel was left open by the unload before.
-    if (virtualReset() != 0 || virtualConfigure(bench) != 0) throw std::runtime_error(virtualMessage());
+    if (virtualReset() != 0 || virtualConfigure(rig(kindOfRound()).c_str()) != 0)
+        throw std::runtime_error(virtualMessage());
     library_ = std::make_unique<test::LoadedLibrary>(libraryPath);
     if (!library_->loaded()) throw std::runtime_error("the library does not load");
     addresses_.clear();
@@ -112,27 +134,31 @@ void Run::loadLibrary() {
         addresses_.push_back(function<void()>(call.name));
         if (addresses_.back() == nullptr) throw std::runtime_error(std::string("there is no ") + call.name);
     }
-    function<decltype(chaosWitness)>("chaosWitness")();
+    function<decltype(chaosWitness)>("chaosWitness")(Watchdog::excuse, Watchdog::noteAnswer);
 }
 
 void Run::round(std::uint64_t calls) {
     ++roundNo_;
     loadLibrary();
-    {
-        std::vector<std::jthread> callers;
-        for (std::size_t thread = 0; thread < threads; ++thread) {
-            const std::uint64_t share = calls / threads + (thread < calls % threads ? 1 : 0);
-            callers.emplace_back([this, thread, share] { callAtRandom(thread, share); });
-        }
-    }
+    normalPhase(calls / 5);
+    callFromAllThreads(Arguments::Kind::any, calls - calls / 5);
     figures_.waitsCutShort += function<decltype(chaosWaitsCutShort)>("chaosWaitsCutShort")();
     checkThatNothingWasLost();
     checkThatDevicesAnswer();
     unloadUnderCalls();
 }
 
+void Run::callFromAllThreads(Arguments::Kind kind, std::uint64_t calls) {
+    std::vector<std::jthread> callers;
+    for (std::size_t thread = 0; thread < threads; ++thread) {
+        const std::uint64_t share = calls / threads + (thread < calls % threads ? 1 : 0);
+        const auto body = kind == Arguments::Kind::any ? &Run::callAtRandom : &Run::callNormally;
+        callers.emplace_back([this, body, thread, share] { (this->*body)(thread, share); });
+    }
+}
+
 void Run::callAtRandom(std::size_t thread, std::uint64_t calls) {
-    Arguments any(seed_ + 1000 * roundNo_ + thread, fileOf(thread), calibrationFile);
+    Arguments any(seed_ + 1000 * roundNo_ + thread, Arguments::Kind::any, fileOf(thread), calibrationFile);
     std::mt19937_64 chooser(any.below(0xFFFFFFFF));
     std::discrete_distribution<std::size_t> choose(weights_.begin(), weights_.end());
     // Each thread begins with a part of all exports, so that even those chosen rarely are called in a short run.
@@ -151,13 +177,49 @@ void Run::callAtRandom(std::size_t thread, std::uint64_t calls) {
             callOne(thread, choose(chooser), any);
         }
         ++figures_.calls;
+        ++figures_.stormCalls;
     }
 }
 
-void Run::callOne(std::size_t thread, std::size_t index, Arguments& any) {
+void Run::normalPhase(std::uint64_t calls) {
+    const std::uint32_t flag = kindOfRound() == 16 ? TORVIK_FLAG_PROTOCOL_KIND_16 : TORVIK_FLAG_PROTOCOL_KIND_32;
+    for (std::int32_t deviceNo = 1; deviceNo <= deviceCount; ++deviceNo)
+        complainUnless(activateOne(threads, deviceNo, flag) == 0,
+                       "device " + std::to_string(deviceNo) + " is not active");
+    spoilNormalPhase();
+    callFromAllThreads(Arguments::Kind::usual, calls);
+    virtualClearAnswerRules();
+}
+
+void Run::spoilNormalPhase() const {
+    constexpr std::uint32_t microseconds = 1'200'000;  // the device answers in time, but not at once
+    constexpr std::array<std::uint8_t, 8> refusal = {0x46, 0x52};
+    if (spoil_ == Spoil::lateAnswer)
+        virtualAnswerRule(0, VIRTUAL_ANY_COMMAND, VIRTUAL_ANSWER_DELAY, 1, microseconds, nullptr);
+    for (std::uint32_t amplifier = 0; spoil_ == Spoil::refusals && amplifier < deviceCount; amplifier += 4)
+        virtualAnswerRule(amplifier, VIRTUAL_ANY_COMMAND, VIRTUAL_ANSWER_REPLACE, VIRTUAL_FOR_EVER, 0, refusal.data());
+}
+
+void Run::callNormally(std::size_t thread, std::uint64_t calls) {
+    constexpr std::array failures = {-1, 229, 255};
+    Arguments usual(seed_ + 1000 * roundNo_ + 500 + thread, Arguments::Kind::usual, fileOf(thread), calibrationFile);
+    std::mt19937_64 chooser(usual.below(0xFFFFFFFF));
+    std::discrete_distribution<std::size_t> choose(normalWeights_.begin(), normalWeights_.end());
+    for (std::uint64_t i = 0; i < calls; ++i) {
+        const std::size_t index = choose(chooser);
+        const std::int32_t result = callOne(thread, index, usual);
+        ++figures_.calls;
+        ++figures_.normalCalls;
+        if (std::ranges::find(failures, result) == failures.end()) continue;
+        ++figures_.normalFailures;
+        ++failedNormally_[index];
+    }
+}
+
+std::int32_t Run::callOne(std::size_t thread, std::size_t index, Arguments& any) {
     const RandomCall& call = calls_[index];
     any.beginCall();
-    watchdog_.begin(thread, call.name, call.bound());
+    watchdog_.begin(thread, call.name, call.mostWaits());
     const std::int32_t result = call.run(addresses_[index], any, any.device());
     watchdog_.end(thread);
     ++called_[index];
@@ -166,11 +228,12 @@ void Run::callOne(std::size_t thread, std::size_t index, Arguments& any) {
         ++figures_.activations;
         if (result == 0) ++figures_.activationsSucceeded;
     }
+    return result;
 }
 
 void Run::releaseOne(std::size_t thread, std::int32_t deviceNo) {
     bool met = false;
-    watchdog_.begin(thread, deviceNo == 0 ? "TORVIKrelease of everything" : "TORVIKrelease", milliseconds(10'000));
+    watchdog_.begin(thread, deviceNo == 0 ? "TORVIKrelease of everything" : "TORVIKrelease");
     const std::int32_t result = function<decltype(chaosRelease)>("chaosRelease")(deviceNo, &met);
     watchdog_.end(thread);
     ++figures_.releases;
@@ -188,9 +251,10 @@ void Run::checkThatNothingWasLost() {
         return counts;
     };
     const TORVIKstatistics all = statisticsOf(0);
-    complainUnless(all.framesReceived > 0 && all.framesReceived == adapterCounters().framesRead,
-                   "the adapter has handed out " + std::to_string(adapterCounters().framesRead) +
-                       " frames, the library counts " + std::to_string(all.framesReceived));
+    const std::uint64_t handedOut = adapterCounters().framesRead;
+    complainUnless(all.framesReceived > 0 && all.framesReceived == handedOut,
+                   "the adapter has handed out " + std::to_string(handedOut) + " frames, the library counts " +
+                       std::to_string(all.framesReceived));
     complainUnless(all.framesReceived == all.framesRouted + all.framesWithoutDevice + all.framesNotRouted,
                    "received frames are neither routed nor dropped");
     const std::uint64_t ended = all.framesStored + all.answersStored + all.answersNotStored + all.commandFrames +
@@ -205,22 +269,28 @@ void Run::checkThatDevicesAnswer() {
     // Told to send more channels than there can be by a call of the round.
     constexpr std::uint32_t noChannelCount = 246;
     constexpr std::uint8_t valueIdentifier = 2;
-    const auto activate = function<decltype(TORVIKactivateExtended)>("TORVIKactivateExtended");
     const auto setting = function<decltype(TORVIKgetCANSettings)>("TORVIKgetCANSettings");
     for (std::int32_t deviceNo = 1; deviceNo <= deviceCount; ++deviceNo) {
-        const std::uint32_t commandId = commandIdOf(static_cast<std::uint32_t>(deviceNo - 1));
-        std::uint32_t channels = 0;
-        watchdog_.begin(threads, "activation after the round", milliseconds(10'000));
-        const std::int32_t result = activate(deviceNo, TORVIK_ADAPTER_USB, 1'000'000, 100, &channels, commandId,
-                                             commandId + 1, TORVIK_FLAG_PROTOCOL_KIND_16);
+        const std::int32_t result = activateOne(threads, deviceNo, TORVIK_FLAG_PROTOCOL_KIND_16);
         const bool active = result == 0 || takeError(deviceNo) == noChannelCount;
         std::uint32_t valueId = 0;
+        watchdog_.begin(threads, "a question after the round");
         const std::int32_t asked = setting(deviceNo, valueIdentifier, &valueId);
         watchdog_.end(threads);
-        complainUnless(active && asked == 0 && valueId == commandId + 2,
+        complainUnless(active && asked == 0 && valueId == commandIdOf(static_cast<std::uint32_t>(deviceNo - 1)) + 2,
                        "device " + std::to_string(deviceNo) + " is not what it was: " + std::to_string(result) + ", " +
                            std::to_string(asked) + ", identifier " + std::to_string(valueId));
     }
+}
+
+std::int32_t Run::activateOne(std::size_t thread, std::int32_t deviceNo, std::uint32_t kindFlag) {
+    const std::uint32_t commandId = commandIdOf(static_cast<std::uint32_t>(deviceNo - 1));
+    std::uint32_t channels = 0;
+    watchdog_.begin(thread, "activation of a device");
+    const std::int32_t result = function<decltype(TORVIKactivateExtended)>("TORVIKactivateExtended")(
+        deviceNo, TORVIK_ADAPTER_USB, 1'000'000, 100, &channels, commandId, commandId + 1, kindFlag);
+    watchdog_.end(thread);
+    return result;
 }
 
 std::uint32_t Run::takeError(std::int32_t deviceNo) {
@@ -271,7 +341,7 @@ void Run::unloadUnderCalls() {
             std::this_thread::yield();
         complainUnless(adapterCounters().framesWritten == written + threads, "not every call has begun to wait");
         const auto begun = Watchdog::Clock::now();
-        watchdog_.begin(threads, "unloading", milliseconds(10'000));
+        watchdog_.begin(threads, "unloading");
         library_.reset();
         watchdog_.end(threads);
         const auto took = std::chrono::duration_cast<milliseconds>(Watchdog::Clock::now() - begun);

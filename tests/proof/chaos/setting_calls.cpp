@@ -106,7 +106,7 @@ std::vector<RandomCall> busCalls() {
         C<decltype(TORVIKreadAnalogueFilter)>::make("TORVIKreadAnalogueFilter", 1, one<u32>),
         C<decltype(TORVIKwriteAnalogueFilter)>::make("TORVIKwriteAnalogueFilter", 1, number),
         C<decltype(TORVIKgetCANSettings)>::make("TORVIKgetCANSettings", 1, byte, one<u32>),
-        callWith<decltype(TORVIKsetCANSettings)>("TORVIKsetCANSettings", 1, setCanSettings),
+        callWith<decltype(TORVIKsetCANSettings)>("TORVIKsetCANSettings", 1, setCanSettings).onlyInStorms(),
         C<decltype(TORVIKsetID)>::make("TORVIKsetID", 1, many<u8, 4>),
         C<decltype(TORVIKgetIDState)>::make("TORVIKgetIDState", 1, one<u8>),
         C<decltype(TORVIKgetTXMapping)>::make("TORVIKgetTXMapping", 1, byte, one<u32>),
