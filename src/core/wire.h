@@ -101,6 +101,9 @@ class AnswerView {
     constexpr std::uint8_t status() const { return bytes_[1]; }
     constexpr bool refused() const { return status() >= 0x40; }
 
+    // All eight.
+    constexpr std::span<const std::uint8_t, 8> bytes() const { return bytes_; }
+
     // The six data bytes.
     constexpr std::span<const std::uint8_t, 6> data() const { return std::span(bytes_).subspan<2, 6>(); }
     constexpr std::uint8_t byte(std::size_t index) const { return bytes_[index]; }

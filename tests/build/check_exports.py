@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """The headers' declarations, the export list and the binary's export table name the same functions: the 102 of TORVIK.h
-and the one extension.
+and the extensions.
 
-check_exports.py TORVIK.h TORVIKstatistics.h TORVIK.def BINARY
+check_exports.py TORVIK.def BINARY TORVIK.h EXTENSION.h...
 """
 import pathlib
 import re
@@ -11,7 +11,7 @@ import sys
 
 
 FUNCTIONS = 102
-EXTENSION = ["TORVIKgetStatistics"]
+EXTENSIONS = ["TORVIKgetStatistics", "TORVIKcommand"]
 
 
 def declared(header):
@@ -34,13 +34,15 @@ def exported(binary):
 
 
 def main():
-    header, extension = declared(sys.argv[1]), declared(sys.argv[2])
-    names = {"headers": header + extension, "list": listed(sys.argv[3]), "binary": exported(sys.argv[4])}
+    definition, binary, header, *extension_headers = sys.argv[1:]
+    functions = declared(header)
+    extensions = [name for extension in extension_headers for name in declared(extension)]
+    names = {"headers": functions + extensions, "list": listed(definition), "binary": exported(binary)}
     problems = []
-    if len(header) != FUNCTIONS:
-        problems.append(f"the header declares {len(header)} functions, not {FUNCTIONS}")
-    if extension != EXTENSION:
-        problems.append(f"the extension's header declares {extension}, not {EXTENSION}")
+    if len(functions) != FUNCTIONS:
+        problems.append(f"the header declares {len(functions)} functions, not {FUNCTIONS}")
+    if extensions != EXTENSIONS:
+        problems.append(f"the extensions' headers declare {extensions}, not {EXTENSIONS}")
     everything = set().union(*names.values())
     for place, present in names.items():
         print(f"{place}: {len(present)} functions")

@@ -7,6 +7,7 @@ cd "$work"
 {
     echo '#include "TORVIK.h"'
     echo '#include "TORVIKstatistics.h"'
+    echo '#include "TORVIKcommand.h"'
     echo 'void* every_function[] = {'
     sed -n 's/^  \(.*\)/    (void*)\1,/p' "$definition"
     echo '};'

@@ -25,7 +25,8 @@ struct FaultRow {
     Start start = Start::active;
     std::function<void()> prepare{};
     bool endsInactive = false;
-    std::int32_t failed = -1;  // the export's own result of a failure
+    std::int32_t failed = -1;      // the export's own result of a failure
+    bool deliversRefusal = false;  // the answer is written even when the device refused the command
 };
 
 std::vector<FaultRow> libraryRows();

@@ -1,5 +1,6 @@
 // Exports of the library itself, of activation and of measured values.
 #include "TORVIK.h"
+#include "TORVIKcommand.h"
 #include "TORVIKstatistics.h"
 #include "faults/fault_row.h"
 #include "faults/simulated_bus.h"
@@ -40,6 +41,13 @@ Call activateStd() {
         [](std::int32_t deviceNo, CallerMemory& memory) { return TORVIKactivateStd(deviceNo, memory.words.data()); });
 }
 
+Call command() {
+    return fills([](std::int32_t deviceNo, CallerMemory& memory) {
+        constexpr std::array<u8, 2> parameters{3, 0x12};
+        return TORVIKcommand(deviceNo, 0x4F, parameters.data(), parameters.size(), memory.bytes.data());
+    });
+}
+
 Call releasing(bool all) {
     return [all](std::int32_t deviceNo) { return Outcome{TORVIKrelease(all ? 0 : deviceNo), "", true}; };
 }
@@ -60,6 +68,7 @@ std::vector<FaultRow> frameRows() {
              return Outcome{TORVIKgetStatistics(deviceNo, &statistics), "", true};
          },
          returns(0)},
+        {"TORVIKcommand", "", command(), asks(0x4F), {}, Start::active, {}, false, -1, true},
         {"TORVIKgetLastErrorText", "", fills([](std::int32_t deviceNo, CallerMemory& memory) {
              return TORVIKgetLastErrorText(deviceNo, memory.text.data(), memory.words.data());
          }),

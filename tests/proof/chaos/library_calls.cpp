@@ -1,4 +1,5 @@
 #include "TORVIK.h"
+#include "TORVIKcommand.h"
 #include "TORVIKstatistics.h"
 #include "random_call.h"
 
@@ -50,6 +51,18 @@ std::int32_t statistics(decltype(TORVIKgetStatistics)* function, Arguments& any,
     return function(deviceNo, any.onceIn(16) ? nullptr : &counts);
 }
 
+// Readers, a code that no device knows, and those that have several answers or none. No writers: a device that goes by
+// another identifier answers nobody.
+std::int32_t command(decltype(TORVIKcommand)* function, Arguments& any, std::int32_t deviceNo) {
+    constexpr std::array<std::uint8_t, 9> readers{0x01, 0x1F, 0x26, 0x2B, 0x4B, 0x4F, 0x51, 0x8A, 0xFE};
+    constexpr std::array<std::uint8_t, 5> rejected{0x11, 0x1B, 0x53, 0x3B, 0x78};
+    const bool usual = !any.onceIn(16);
+    const std::uint8_t code = usual ? readers[any.below(readers.size())] : rejected[any.below(rejected.size())];
+    constexpr std::uint32_t most = 6;
+    const std::uint32_t length = any.onceIn(16) ? any.number() : any.below(most + 1);
+    return function(deviceNo, code, any.array<std::uint8_t>(most), length, any.array<std::uint8_t>(8));
+}
+
 }  // namespace
 
 std::vector<RandomCall> libraryCalls() {
@@ -57,6 +70,7 @@ std::vector<RandomCall> libraryCalls() {
     return {
         callWith<decltype(TORVIKDllVersion)>("TORVIKDllVersion", 0, version),
         callWith<decltype(TORVIKgetStatistics)>("TORVIKgetStatistics", 0, statistics),
+        callWith<decltype(TORVIKcommand)>("TORVIKcommand", 1, command),
         C<decltype(TORVIKgetLastErrorText)>::make("TORVIKgetLastErrorText", 0, many<char, 128>, one<u32>),
         C<decltype(TORVIKgetLastProtocolError)>::make("TORVIKgetLastProtocolError", 1, number, byte, one<u32>),
         C<decltype(TORVIKgetLastValueError)>::make("TORVIKgetLastValueError", 1, byte, many<std::uint8_t, 6>),

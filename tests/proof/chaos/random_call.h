@@ -94,7 +94,7 @@ inline const auto numbers = [](Arguments& any) { return any.numbers(count); };
 template <std::uint32_t longest>
 inline const auto text = [](Arguments& any) { return any.text(longest); };
 
-std::vector<RandomCall> libraryCalls();  // errors, activation, measured values, statistics
+std::vector<RandomCall> libraryCalls();  // errors, activation, measured values, extensions
 std::vector<RandomCall> settingCalls();  // identity, mode, scaling, inputs, units, rates, CAN
 std::vector<RandomCall> filterCalls();
 std::vector<RandomCall> calibrationCalls();

@@ -1,4 +1,5 @@
 // Settings with random arguments, and what the device says of them afterwards.
+#include "TORVIKcommand.h"
 #include "transcript/bench.h"
 
 namespace torvik::proof {
@@ -83,6 +84,19 @@ void recordUnitTexts(Run& run, std::uint32_t channel) {
     t.call("TORVIKgetUnitText", TORVIKgetUnitText, 1, channel, 1 + run.random.below(2), text);
 }
 
+// Every code with one answer but those that change a device's identifiers, on which all further answers depend.
+void recordCommands(Run& run) {
+    Transcript& t = run.transcript;
+    for (unsigned code = 0; code < 256; ++code) {
+        if (code == 0x19 || code == 0x8D) continue;
+        Bytes parameters(run.random.below(8));
+        for (std::uint8_t& parameter : parameters)
+            parameter = static_cast<std::uint8_t>(run.random.word());
+        Bytes answer(8, 0xEE);
+        t.call("TORVIKcommand", TORVIKcommand, 1, code, parameters, parameters.size(), answer);
+    }
+}
+
 void recordErrors(Run& run) {
     Transcript& t = run.transcript;
     Words word(1);
@@ -112,6 +126,7 @@ void recordSettings(Run& run) {
             recordUnitTexts(run, channel);
         }
         recordErrors(run);
+        recordCommands(run);
     }
 }
 
