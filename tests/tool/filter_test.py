@@ -5,7 +5,7 @@ import shutil
 import unittest
 import xml.etree.ElementTree
 
-from tool_runner import (DEVICE_FAILED, NO_ADAPTER, ON_WINDOWS, OUTPUT_FAILED, SUCCESS, USAGE, ToolTest, environment,
+from tool_runner import (DEVICE_FAILED, DIFFERS, NO_ADAPTER, ON_WINDOWS, OUTPUT_FAILED, SUCCESS, USAGE, ToolTest, environment,
                          main, run)
 
 NOT_DRAWN = 8
@@ -196,10 +196,8 @@ class Device(ToolTest):
         shown = re.findall(r"(?m)^  [xy]\[\d\]   (.+)$", result.stdout)
         self.assertEqual(len(shown), 9)
         for text, (_, held) in zip(shown, coefficients(page), strict=True):
-            if held < 0:
-                self.assertEqual(text, "negative (not delivered)")
-            else:
-                self.assertAlmostEqual(float(text), held, delta=2**-24)
+            self.assertAlmostEqual(float(text), held, delta=2**-24)
+        self.assertTrue(any(text.startswith("-") for text in shown))
 
     @not_under_wine
     def test_every_kind_is_loaded_in_both_protocol_kinds(self):
@@ -227,13 +225,10 @@ class Device(ToolTest):
                          [f"{bank} filter {number}" for bank in ("IIR", "FIR") for number in range(1, 9)])
         self.assertTrue(all(line.endswith(": off none (order 0)") for line in lines))
 
-    def test_show_of_one_filter_tells_its_coefficients(self):
-        result = run("filter", "show", "3", "--simulate")
-        self.assertEqual(re.findall(r"(?m)^  ([xy]\[\d\]) ", result.stdout),
-                         [f"x[{i}]" for i in range(5)] + [f"y[{i}]" for i in range(4)])
-        self.assertIn("  x[0]   1\n", result.stdout)
-        result = run("filter", "show", "3", "--fir", "--simulate")
-        self.assertEqual(re.findall(r"(?m)^  ([xy]\[\d\]) ", result.stdout), [f"x[{i}]" for i in range(4)])
+    def test_show_of_one_filter_tells_the_coefficients_of_its_order(self):
+        for bank in ([], ["--fir"]):
+            result = run("filter", "show", "3", *bank, "--simulate")
+            self.assertEqual(re.findall(r"(?m)^  ([xy]\[\d\]   .*)$", result.stdout), ["x[0]   1"])
 
     def test_filters_are_switched_on_and_off(self):
         self.assertRegex(run("filter", "on", "4", "--simulate").stdout, r"^IIR filter 4: on ")
@@ -251,6 +246,14 @@ class Device(ToolTest):
         result = self.load("1", "lowpass", "butterworth", "900")
         self.assert_failure(result, USAGE, "the filter is unstable", "--force")
         self.assertEqual(result.stdout, "")
+
+    def test_Load_WithTheWrongProtocolKind_SwitchesNothingOnAndAsksForTheRightOne(self):
+        for bench, wrong, right in ((NOISE, "32", "16"), (FIXED_POINT, "16", "32")):
+            result = self.load("1", "lowpass", "butterworth", "100", "--on", "--protocol", wrong, bench=bench)
+            self.assert_failure(result, DIFFERS, "IIR filter 1: x[0]: 0.0048243", "the former filter has been written back",
+                                "nothing has been stored", f"is '--protocol {wrong}' right for this device?",
+                                f"it takes the numbers of protocol kind {right}")
+            self.assertEqual(result.stdout, "")
 
     def test_what_the_library_refuses_is_a_failure(self):
         result = self.load("1", "lowpass", "butterworth", "900", "--force")

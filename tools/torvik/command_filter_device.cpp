@@ -8,6 +8,7 @@
 #include "connection.h"
 #include "filters/device_filter.h"
 #include "filters/filter_analysis.h"
+#include "filters/filter_loading.h"
 #include "filters/filter_page.h"
 #include "filters/request_options.h"
 #include "filters/stream_noise.h"
@@ -44,60 +45,66 @@ void refuseUnstable(const FilterDesign& design, bool force) {
                   .advice = "choose other cut-off frequencies, or load it nevertheless with --force"};
 }
 
-void loadDesign(const Connection& connection, const FilterDesign& design, std::uint32_t number) {
-    const FilterRequest& request = design.request;
-    if (TORVIKcalcSetDfilterParams(connection.deviceNo(), number, 0, static_cast<std::uint32_t>(request.kind),
-                                   static_cast<std::uint32_t>(request.characteristic), filterOrder, request.f1,
-                                   request.f2) != 0)
-        connection.fail(ExitCode::deviceFailed, fmt::format("loading IIR filter {}", number));
-}
-
-/// Tells the filter as the device has it, and what differs from the design on standard error.
-ExitCode tellLoaded(Session& session, const Connection& connection, const FilterDesign& design, std::uint32_t number) {
-    DeviceFilter filter = readFilter(connection, filtersOn(connection), FilterBank::iir, number);
-    readCoefficients(connection, filter);
-    writeData(session, filterLine(filter) + coefficientLines(filter));
-    const auto differences = filterDifferences(design, filter);
-    for (const std::string& difference : differences)
-        printMessage(fmt::format("torvik: IIR filter {}: {}\n", number, difference));
-    return differences.empty() ? ExitCode::success : ExitCode::differs;
-}
-
 /// Until a filter has forgotten what was before it was switched on.
 std::size_t setsUntilSettled(const FilterDesign& design) {
     constexpr std::size_t most = 100000;
     return 2 * settlingSamples(design.held, most);
 }
 
+/// The filter as the device has it.
+void tellFilter(Session& session, const Connection& connection, std::uint32_t mask, FilterBank bank,
+                std::uint32_t number) {
+    DeviceFilter filter = readFilter(connection, mask, bank, number);
+    readCoefficients(connection, filter);
+    writeData(session, filterLine(filter) + coefficientLines(filter));
+}
+
+void storeSettings(const Connection& connection) {
+    constexpr std::uint8_t startUpSet = 0;
+    if (TORVIKstoreSettings(connection.deviceNo(), startUpSet) != 0)
+        connection.fail(ExitCode::deviceFailed, "storing the present settings with the loaded filter");
+}
+
+/// The noise without the filter, which stays off. A filter that was on is switched on again when there is no result.
+std::vector<double> noiseWithout(Session& session, const Connection& connection, const LoadOptions& options,
+                                 std::size_t bufferSize, bool wasOn) {
+    try {
+        return measureNoise(session, connection, bufferSize, options.noiseSeconds, 0);
+    } catch (...) {
+        if (wasOn) switchFilter(connection, FilterBank::iir, options.number, true);
+        throw;
+    }
+}
+
+/// The filter runs, and is stored, only once the device is known to hold the right one.
 ExitCode runLoad(Session& session, const LoadOptions& options, const ConnectionOptions& connectionOptions) {
     const FilterRequest request = options.design.checked();
     const Connection connection(connectionOptions);
     const FilterDesign design = designRequest(request, samplingFrequencyOf(connection), connectionOptions.protocolKind);
     refuseUnstable(design, options.force);
     const bool measuring = options.noiseSeconds > 0;
+    const bool wasOn = isFilterOn(filtersOn(connection), FilterBank::iir, options.number);
+    const FilterLoading loading(connection, design, options.number);
+    switchFilter(connection, FilterBank::iir, options.number, false);
     std::vector<double> before;
-    if (measuring) {
-        switchFilter(connection, FilterBank::iir, options.number, false);
-        before = measureNoise(session, connection, connectionOptions.bufferSize, options.noiseSeconds, 0);
-    }
-    loadDesign(connection, design, options.number);
-    if (options.on || measuring) switchFilter(connection, FilterBank::iir, options.number, true);
-    const ExitCode result = tellLoaded(session, connection, design, options.number);
+    if (measuring) before = noiseWithout(session, connection, options, connectionOptions.bufferSize, wasOn);
+    loading.write();
+    if (options.on || measuring || wasOn) switchFilter(connection, FilterBank::iir, options.number, true);
+    storeSettings(connection);
+    tellFilter(session, connection, filtersOn(connection), FilterBank::iir, options.number);
     if (measuring) {
         const auto after = measureNoise(session, connection, connectionOptions.bufferSize, options.noiseSeconds,
                                         setsUntilSettled(design));
         writeData(session, "\n" + noiseTable(before, after));
     }
-    return result;
+    return ExitCode::success;
 }
 
 ExitCode runShowFilters(Session& session, const FilterChoice& choice, const ConnectionOptions& connectionOptions) {
     const Connection connection(connectionOptions);
     const std::uint32_t mask = filtersOn(connection);
     if (choice.number != everyFilter) {
-        DeviceFilter filter = readFilter(connection, mask, choice.bank(), choice.number);
-        readCoefficients(connection, filter);
-        writeData(session, filterLine(filter) + coefficientLines(filter));
+        tellFilter(session, connection, mask, choice.bank(), choice.number);
         return ExitCode::success;
     }
     std::string lines;

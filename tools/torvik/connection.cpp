@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <span>
+
+#include "TORVIKcommand.h"
 #include "error_meanings.h"
 #include "platform/adapter_library.h"
 #include "simulation.h"
@@ -60,6 +63,28 @@ Connection::Connection(const ConnectionOptions& options) : deviceNo_(static_cast
 
 Connection::~Connection() {
     TORVIKrelease(0);
+}
+
+AnswerView Connection::ask(Command command, const Parameters& parameters, const std::string& tried) const {
+    std::array<std::uint8_t, 8> answer{};
+    if (sendCommand(command, parameters, answer) != 0) fail(ExitCode::deviceFailed, tried);
+    return AnswerView(answer);
+}
+
+std::optional<AnswerView> Connection::askUnlessRefused(Command command, const Parameters& parameters,
+                                                       const std::string& tried) const {
+    std::array<std::uint8_t, 8> answer{};
+    if (sendCommand(command, parameters, answer) == 0) return AnswerView(answer);
+    if (!AnswerView(answer).refused()) fail(ExitCode::deviceFailed, tried);
+    takeLastError(static_cast<std::uint32_t>(deviceNo_));
+    return std::nullopt;
+}
+
+std::int32_t Connection::sendCommand(Command command, const Parameters& parameters,
+                                     std::array<std::uint8_t, 8>& answer) const {
+    const std::span<const std::uint8_t> bytes = parameters.bytes();
+    return TORVIKcommand(deviceNo_, static_cast<std::uint8_t>(command), bytes.data(),
+                         static_cast<std::uint32_t>(bytes.size()), answer.data());
 }
 
 void Connection::fail(ExitCode exitCode, const std::string& tried) const {

@@ -2,36 +2,17 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
 #include <iterator>
 
 #include "TORVIK.h"
+#include "filters/filter_image.h"
 
 namespace torvik::tool {
 
 namespace {
 
-constexpr double notDelivered = std::numeric_limits<double>::quiet_NaN();
-
 std::string describeFilter(FilterBank bank, std::uint32_t number) {
     return fmt::format("{} filter {}", bank == FilterBank::fir ? "FIR" : "IIR", number);
-}
-
-std::string coefficientText(double coefficient) {
-    return std::isnan(coefficient) ? "negative (not delivered)" : fmt::format("{}", coefficient);
-}
-
-template <std::size_t Count>
-void compareCoefficients(char name, const std::array<double, Count>& loaded, const std::array<double, Count>& told,
-                         std::vector<std::string>& differences) {
-    // Devices tell coefficients with 24 fraction bits.
-    constexpr double resolution = 0x1p-24;
-    for (std::size_t i = 0; i < Count; ++i) {
-        const bool same = std::isnan(told[i]) ? loaded[i] < 0 : std::abs(told[i] - loaded[i]) <= resolution;
-        if (same) continue;
-        differences.push_back(
-            fmt::format("{}[{}]: {} loaded, {} in the device", name, i, loaded[i], coefficientText(told[i])));
-    }
 }
 
 }  // namespace
@@ -79,12 +60,12 @@ DeviceFilter readFilter(const Connection& connection, std::uint32_t mask, Filter
 }
 
 void readCoefficients(const Connection& connection, DeviceFilter& filter) {
-    filter.x.fill(notDelivered);
-    filter.y.fill(notDelivered);
-    if (TORVIKgetDfilterCoeff(connection.deviceNo(), static_cast<std::int32_t>(filter.number),
-                              static_cast<std::uint32_t>(filter.bank), filter.x.data(), filter.y.data()) != 0)
-        connection.fail(ExitCode::deviceFailed,
-                        fmt::format("reading the coefficients of {}", describeFilter(filter.bank, filter.number)));
+    const auto bankBit = static_cast<std::uint8_t>(filter.bank);
+    for (std::uint32_t i = 0; i <= filter.order(); ++i)
+        filter.x.push_back(readCoefficient(connection, filter.number, inputIndex(i, bankBit)));
+    if (filter.bank == FilterBank::fir) return;
+    for (std::uint32_t i = 0; i < filter.order(); ++i)
+        filter.y.push_back(readCoefficient(connection, filter.number, outputIndex(i)));
 }
 
 std::string filterLine(const DeviceFilter& filter) {
@@ -98,25 +79,12 @@ std::string filterLine(const DeviceFilter& filter) {
 }
 
 std::string coefficientLines(const DeviceFilter& filter) {
-    const bool fir = filter.bank == FilterBank::fir;
     std::string lines;
-    // Of a FIR filter the library delivers four.
-    for (std::size_t i = 0; i < filter.x.size() - (fir ? 1 : 0); ++i)
-        fmt::format_to(std::back_inserter(lines), "  x[{}]   {}\n", i, coefficientText(filter.x[i]));
-    for (std::size_t i = 0; i < filter.y.size() && !fir; ++i)
-        fmt::format_to(std::back_inserter(lines), "  y[{}]   {}\n", i, coefficientText(filter.y[i]));
+    for (std::size_t i = 0; i < filter.x.size(); ++i)
+        fmt::format_to(std::back_inserter(lines), "  x[{}]   {}\n", i, filter.x[i]);
+    for (std::size_t i = 0; i < filter.y.size(); ++i)
+        fmt::format_to(std::back_inserter(lines), "  y[{}]   {}\n", i, filter.y[i]);
     return lines;
-}
-
-std::vector<std::string> filterDifferences(const FilterDesign& design, const DeviceFilter& filter) {
-    std::vector<std::string> differences;
-    if (filter.order() != filterOrder || filter.kind() != design.request.kind)
-        differences.push_back(fmt::format("type: {} of order {} loaded, {} of order {} in the device",
-                                          kindText(design.request.kind), filterOrder, kindText(filter.kind()),
-                                          filter.order()));
-    compareCoefficients('x', design.held.x, filter.x, differences);
-    compareCoefficients('y', design.held.y, filter.y, differences);
-    return differences;
 }
 
 }  // namespace torvik::tool

@@ -30,9 +30,8 @@ struct DeviceFilter {
     bool on = false;
     std::uint32_t type = 0;
     std::array<double, 2> cutoffs{};  ///< Hz
-    // NaN where the library delivers nothing: that is where the coefficient is negative.
-    std::array<double, filterOrder + 1> x{};
-    std::array<double, filterOrder> y{};
+    std::vector<double> x;            ///< one more than the order
+    std::vector<double> y;            ///< as many as the order; none of a FIR filter
 
     std::uint32_t order() const { return type & 0x0FU; }
     FilterKind kind() const { return static_cast<FilterKind>(type >> 4U & 3U); }
@@ -45,8 +44,5 @@ void readCoefficients(const Connection& connection, DeviceFilter& filter);
 /// One line: number, on or off, kind, order, cut-off frequencies.
 std::string filterLine(const DeviceFilter& filter);
 std::string coefficientLines(const DeviceFilter& filter);
-
-/// What a device that was loaded with a design holds otherwise, a line each.
-std::vector<std::string> filterDifferences(const FilterDesign& design, const DeviceFilter& filter);
 
 }  // namespace torvik::tool
