@@ -1,5 +1,11 @@
 """torvik config: what a user sets on a device, saved to a file, loaded, compared."""
-from tool_runner import (DEVICE_FAILED, DIFFERS, OUTPUT_FAILED, SUCCESS, USAGE, ToolTest, main, only_linux, run)
+import os
+import pathlib
+import threading
+import unittest
+
+from tool_runner import (DEVICE_FAILED, DIFFERS, OUTPUT_FAILED, SUCCESS, USAGE, ON_WINDOWS, ToolTest, main,
+                         only_linux, run)
 
 TWO_CHANNELS = "[[amplifier]]\nchannels = 2\nserial = 4711\n"
 OLD_FIRMWARE = "[[amplifier]]\nchannels = 2\nfirmware = 0x00030008\n"
@@ -84,6 +90,86 @@ class Save(ConfigTest):
     def test_a_file_that_cannot_be_written_is_a_failure(self):
         result = run("config", "save", self.path("none/config.toml"), "--simulate")
         self.assert_failure(result, OUTPUT_FAILED, "writing the configuration file")
+
+
+class Replacement(ConfigTest):
+    """An old file is replaced only by a complete new one."""
+
+    OLD = "# the old file\n"
+
+    def save(self, file=None, **options):
+        return run("config", "save", file or self.file, f"--simulate={self.bench(TWO_CHANNELS)}", **options)
+
+    def names(self):
+        return sorted(path.name for path in self.folder.iterdir() if path.name != "bench.toml")
+
+    def test_Save_OverAFile_ReplacesItAsAWhole(self):
+        self.write(self.OLD)
+        # Whoever has the old file open goes on with the old file.
+        os.link(self.folder / "config.toml", self.folder / "opened.toml")
+        self.assert_ended(self.save(), SUCCESS)
+        self.assertIn("[device]", self.read())
+        self.assertEqual((self.folder / "opened.toml").read_text(), self.OLD)
+        self.assertEqual(self.names(), ["config.toml", "opened.toml"])
+
+    @only_linux
+    def test_Save_WithoutRoomForTheFile_KeepsTheOldOne(self):
+        import resource
+        self.write(self.OLD)
+        result = self.save(preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (200, 200)))
+        self.assert_failure(result, OUTPUT_FAILED, "writing the configuration file", "File too large")
+        self.assertEqual(self.read(), self.OLD)
+        self.assertEqual(self.names(), ["config.toml"])
+
+    @only_linux
+    def test_Save_ThroughASymbolicLink_ReplacesWhatItLeadsTo(self):
+        (self.folder / "there").mkdir()
+        for name in ("old.toml", "new.toml"):
+            (self.folder / "config.toml").unlink(missing_ok=True)
+            (self.folder / "config.toml").symlink_to(pathlib.Path("there") / name)
+            if name == "old.toml":
+                self.write(self.OLD)
+            self.assert_ended(self.save(), SUCCESS)
+            self.assertTrue((self.folder / "config.toml").is_symlink())
+            self.assertFalse((self.folder / "there" / name).is_symlink())
+            self.assertIn("[device]", (self.folder / "there" / name).read_text())
+        self.assertEqual(sorted(path.name for path in (self.folder / "there").iterdir()), ["new.toml", "old.toml"])
+
+    @only_linux
+    def test_Save_OverAFile_KeepsItsPermissions(self):
+        self.write(self.OLD)
+        for mode in (0o600, 0o664):
+            (self.folder / "config.toml").chmod(mode)
+            self.assert_ended(self.save(), SUCCESS)
+            self.assertEqual((self.folder / "config.toml").stat().st_mode & 0o7777, mode)
+
+    @only_linux
+    def test_Save_ToADevice_WritesItDirectly(self):
+        self.assert_ended(self.save("/dev/null"), SUCCESS)
+        self.assertTrue(pathlib.Path("/dev/null").is_char_device())
+        self.assert_failure(self.save("/dev/full"), OUTPUT_FAILED, "No space left on device")
+        self.assertTrue(pathlib.Path("/dev/full").is_char_device())
+
+    @only_linux
+    def test_Save_ToAPipe_WritesItDirectly(self):
+        os.mkfifo(self.folder / "pipe")
+        got = []
+        reader = threading.Thread(target=lambda: got.append((self.folder / "pipe").read_text()))
+        reader.start()
+        self.assert_ended(self.save(self.path("pipe")), SUCCESS)
+        reader.join()
+        self.assertIn("[device]", got[0])
+        self.assertTrue((self.folder / "pipe").is_fifo())
+
+    @unittest.skipUnless(ON_WINDOWS, "the name of a device on Windows alone")
+    def test_Save_ToNul_MakesNoFile(self):
+        self.assert_ended(self.save("NUL"), SUCCESS)
+        self.assertFalse(pathlib.Path("NUL").exists())
+
+    def test_Save_ToAFolder_IsAFailure(self):
+        (self.folder / "config.toml").mkdir()
+        self.assert_failure(self.save(), OUTPUT_FAILED, "writing the configuration file")
+        self.assertEqual(self.names(), ["config.toml"])
 
 
 class Load(ConfigTest):

@@ -1,12 +1,13 @@
 """torvik filter: designs against known values, plots, and the filters of a simulated amplifier."""
 import math
+import os
 import re
 import shutil
 import unittest
 import xml.etree.ElementTree
 
 from tool_runner import (DEVICE_FAILED, DIFFERS, NO_ADAPTER, ON_WINDOWS, OUTPUT_FAILED, SUCCESS, USAGE, ToolTest, environment,
-                         main, run)
+                         main, only_linux, run)
 
 NOT_DRAWN = 8
 NOISE = """
@@ -126,8 +127,8 @@ class Design(ToolTest):
 
 
 class Plot(ToolTest):
-    def plot(self, name, *arguments, env=None):
-        return run("filter", "plot", self.path(name), "lowpass", "butterworth", "10", *arguments, env=env)
+    def plot(self, name, *arguments, **options):
+        return run("filter", "plot", self.path(name), "lowpass", "butterworth", "10", *arguments, **options)
 
     def text_rows(self, name):
         return [[float(field) for field in line.split("\t")]
@@ -176,6 +177,31 @@ class Plot(ToolTest):
         self.assert_failure(result, NOT_DRAWN, "there is no program gnuplot", "gnuplot-nox")
         self.assertFalse((self.folder / "low.png").exists())
         self.assert_response_files()
+
+    @only_linux
+    def test_Plot_ThatGnuplotDoesNotFinish_KeepsTheOldPicture(self):
+        gnuplot = self.folder / "gnuplot"
+        gnuplot.write_text("#!/bin/sh\nsed -n \"s/^set output '\\(.*\\)'$/\\1/p\" \"$1\" |"
+                           " while read -r file; do echo half >\"$file\"; done\nexit 3\n")
+        gnuplot.chmod(0o755)
+        (self.folder / "low.png").write_text("old")
+        result = self.plot("low.png", "--rate", "100",
+                           env=environment(PATH=f"{self.folder}{os.pathsep}{os.environ['PATH']}"))
+        self.assert_failure(result, NOT_DRAWN, "exit code 3")
+        self.assertEqual((self.folder / "low.png").read_text(), "old")
+        self.assertIn(f"set output '{self.path('low.png')}'", (self.folder / "low.gnuplot").read_text())
+        self.assertEqual(sorted(path.name for path in self.folder.iterdir()),
+                         ["gnuplot", "low-frequency.txt", "low-step.txt", "low.gnuplot", "low.png"])
+
+    @only_linux
+    def test_Plot_WithoutRoomForItsFiles_KeepsTheOldOnes(self):
+        import resource
+        (self.folder / "low-step.txt").write_text("old")
+        result = self.plot("low.png", "--rate", "100",
+                           preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)))
+        self.assert_failure(result, OUTPUT_FAILED, "low-step.txt")
+        self.assertEqual((self.folder / "low-step.txt").read_text(), "old")
+        self.assertEqual([path.name for path in self.folder.iterdir()], ["low-step.txt"])
 
     def test_other_formats_are_refused(self):
         self.assert_failure(self.plot("low.gif", "--rate", "100"), USAGE, "neither .png nor .svg")

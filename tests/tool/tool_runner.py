@@ -33,10 +33,10 @@ def environment(**additions):
     return cleaned | additions
 
 
-def run(*arguments, env=None):
+def run(*arguments, env=None, **options):
     """Runs the tool to its end. Texts come with plain line ends on both systems."""
     return subprocess.run([*TOOL, *arguments], capture_output=True, text=True, timeout=120, env=env or environment(),
-                          stdin=subprocess.DEVNULL, check=False)
+                          stdin=subprocess.DEVNULL, check=False, **options)
 
 
 @contextlib.contextmanager

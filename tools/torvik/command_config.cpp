@@ -1,13 +1,14 @@
 #include <fmt/format.h>
 
-#include <fstream>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "command_line.h"
 #include "configuration.h"
 #include "connection.h"
+#include "platform/file_replacement.h"
 
 namespace torvik::tool {
 
@@ -20,14 +21,12 @@ struct ConfigRequest {
     bool identifiers = false;
 };
 
-void writeConfigurationFile(const std::string& path, const std::string& text) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << text;
-    file.close();
-    if (file) return;
+void writeConfigurationFile(const std::string& path, const std::string& text) try {
+    platform::replaceFile(path, text);
+} catch (const std::system_error& error) {
     throw Failure{.exitCode = ExitCode::outputFailed,
                   .tried = fmt::format("writing the configuration file '{}'", path),
-                  .reason = "the file cannot be made or written",
+                  .reason = fmt::format("the file cannot be made or written: {}", error.code().message()),
                   .advice = "check the path, the right to write there, and the disk for free space"};
 }
 

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 
 #include "TORVIK.h"
 #include "command_filter.h"
@@ -17,6 +17,7 @@
 #include "filters/filter_page.h"
 #include "filters/filter_plot.h"
 #include "filters/request_options.h"
+#include "platform/file_replacement.h"
 #include "platform/plotter.h"
 
 namespace torvik::tool {
@@ -99,28 +100,44 @@ class ResponseFiles {
     explicit ResponseFiles(DesignForDevice& made) : made_(made) {}
 
     void writeStep(const std::string& file) {
-        constexpr std::int32_t stepMode = 2;
-        const std::int32_t points = static_cast<std::int32_t>(
-            std::clamp<std::size_t>(settlingSamples(design().designed, 1000) * 3 / 2, 20, 1000));
-        const std::uint32_t code = made_.connection ? simulate(stepMode, points, file)
-                                                    : writeStepResponse(*design().filter, singlePrecision, 0, 1,
-                                                                        design().fs, points, file.c_str());
-        if (code != filter_error::none) failWriting(file, code);
+        write(file, [this](const std::string& name) { return stepResponse(name); });
     }
 
     void writeFrequencies(const std::string& file) {
-        constexpr std::int32_t frequencyMode = 1;
-        constexpr std::int32_t points = 500;
-        const double fs = design().fs;
-        const std::uint32_t code =
-            made_.connection
-                ? simulate(frequencyMode, points, file)
-                : writeFrequencyResponse(*design().filter, singlePrecision, fs / 250, fs / 2, fs, points, file.c_str());
-        if (code != filter_error::none) failWriting(file, code);
+        write(file, [this](const std::string& name) { return frequencyResponse(name); });
     }
 
   private:
     FilterDesign& design() { return made_.design; }
+
+    /// `writer` gets the name to write to and returns its code.
+    template <class Writer>
+    static void write(const std::string& file, Writer writer) try {
+        platform::FileReplacement replacement(file);
+        if (const std::uint32_t code = writer(replacement.name()); code != filter_error::none) failWriting(file, code);
+        replacement.commit();
+    } catch (const std::system_error& error) {
+        constexpr std::uint32_t responseFileMark = 0x31000000;
+        failWriting(file, responseFileMark | static_cast<std::uint32_t>(error.code().value()));
+    }
+
+    std::uint32_t stepResponse(const std::string& file) {
+        constexpr std::int32_t stepMode = 2;
+        const std::int32_t points = static_cast<std::int32_t>(
+            std::clamp<std::size_t>(settlingSamples(design().designed, 1000) * 3 / 2, 20, 1000));
+        return made_.connection
+                   ? simulate(stepMode, points, file)
+                   : writeStepResponse(*design().filter, singlePrecision, 0, 1, design().fs, points, file.c_str());
+    }
+
+    std::uint32_t frequencyResponse(const std::string& file) {
+        constexpr std::int32_t frequencyMode = 1;
+        constexpr std::int32_t points = 500;
+        const double fs = design().fs;
+        return made_.connection ? simulate(frequencyMode, points, file)
+                                : writeFrequencyResponse(*design().filter, singlePrecision, fs / 250, fs / 2, fs,
+                                                         points, file.c_str());
+    }
 
     std::uint32_t simulate(std::int32_t mode, std::int32_t points, const std::string& file) {
         constexpr std::uint32_t designOnly = 9;
@@ -137,19 +154,21 @@ class ResponseFiles {
     DesignForDevice& made_;
 };
 
-void writeScript(const std::string& file, const std::string& script) {
-    std::ofstream stream(file, std::ios::binary | std::ios::trunc);
-    stream << script;
-    stream.close();
-    if (stream) return;
+[[noreturn]] void failOutput(const std::string& tried, const std::system_error& error) {
     throw Failure{.exitCode = ExitCode::outputFailed,
-                  .tried = fmt::format("writing gnuplot's commands into '{}'", file),
-                  .reason = "the file cannot be made or written",
+                  .tried = tried,
+                  .reason = fmt::format("the file cannot be made or written: {}", error.code().message()),
                   .advice = std::string(pathAdvice)};
 }
 
-void draw(const std::string& script, const std::string& picture) {
-    const auto result = platform::runGnuplot(script);
+void writeScript(const std::string& file, const std::string& script) try {
+    platform::replaceFile(file, script);
+} catch (const std::system_error& error) {
+    failOutput(fmt::format("writing gnuplot's commands into '{}'", file), error);
+}
+
+void runGnuplot(const std::string& commands, const std::string& script, const std::string& picture) {
+    const auto result = platform::runGnuplot(commands);
     if (!result) {
         throw Failure{.exitCode = ExitCode::notDrawn,
                       .tried = fmt::format("drawing '{}'", picture),
@@ -165,6 +184,17 @@ void draw(const std::string& script, const std::string& picture) {
                   .advice = "read gnuplot's message above; " + std::string(pathAdvice)};
 }
 
+/// gnuplot gets commands of its own, which draw into the file that replaces the picture.
+void draw(const FilterDesign& design, PictureFormat format, const std::string& script, const std::string& picture) try {
+    platform::FileReplacement replacement(picture);
+    const platform::FileReplacement commands(script);
+    writeScript(commands.name(), plotScript(design, format, replacement.name()));
+    runGnuplot(commands.name(), script, picture);
+    replacement.commit();
+} catch (const std::system_error& error) {
+    failOutput(fmt::format("drawing '{}'", picture), error);
+}
+
 ExitCode runPlot(Session& session, const PlotOptions& options, const ConnectionOptions& connection) {
     const PictureFormat format = formatOf(options.file);
     const auto made = makeDesign(options.design, connection);
@@ -176,7 +206,7 @@ ExitCode runPlot(Session& session, const PlotOptions& options, const ConnectionO
     files.writeFrequencies(frequencies);
     made->connection.reset();
     writeScript(script, plotScript(made->design, format, options.file));
-    draw(script, options.file);
+    draw(made->design, format, script, options.file);
     writeData(session, fmt::format("{}\n{}\n{}\n{}\n", options.file, step, frequencies, script));
     return ExitCode::success;
 }

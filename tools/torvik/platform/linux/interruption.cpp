@@ -45,6 +45,7 @@ Interruption::Interruption() {
     for (const int signal : endSignals)
         sigaction(signal, &action, nullptr);
     ::signal(SIGPIPE, SIG_IGN);
+    ::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write
 }
 
 Interruption::~Interruption() {
