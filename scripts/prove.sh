@@ -24,6 +24,8 @@ all_proofs() {
     proof cycles linux cycles_test many_cycles tests/proof/cycles/cycles_test
     proof cycles-windows windows cycles_test many_cycles under_wine tests/proof/cycles/cycles_test.exe
     proof same-on-both-systems linux transcript "$root/scripts/compare-systems.sh" 100 2
+    proof filter-designs linux design_filter "$python" "$root/tests/filter/random_designs_test.py" \
+        tests/filter/design_filter 20000
     proof coverage linux TORVIK "$root/scripts/coverage.sh"
     proof bench linux torvik_bench "$root/scripts/bench.sh" --strict
     proof mutation linux "core_test params_test filter_test filter_exports_test calibration_file_test" \

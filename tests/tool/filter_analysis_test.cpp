@@ -18,6 +18,7 @@ using testing::DoubleNear;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 constexpr double fs = 1000;
 
@@ -61,6 +62,14 @@ TEST(FilterAnalysis, PolesAndCoefficientsGiveTheSameResponse) {
         const auto recurrence = recurrenceResponse(design.designed, fs);
         for (double frequency = 7; frequency < 500; frequency += 31)
             EXPECT_NEAR(std::abs(ideal(frequency)), std::abs(recurrence(frequency)), 1e-9) << frequency;
+    }
+}
+
+TEST(FilterAnalysis, BandStopAtAnEnd_AtTheReferenceFrequency_HasGainOne) {
+    for (const auto& [f1, f2] : {std::pair(100.0, 500.0), std::pair(1e-6, 2e-6), std::pair(1e-30, 2e-30)}) {
+        const auto design = designed(FilterKind::bandStop, Characteristic::butterworth, f1, f2);
+        EXPECT_NEAR(std::abs(idealResponse(design)(referenceFrequency(design))), 1.0, 1e-9) << f1;
+        EXPECT_NEAR(std::abs(recurrenceResponse(design.held, fs)(referenceFrequency(design))), 1.0, 1e-5) << f1;
     }
 }
 
@@ -149,13 +158,15 @@ TEST(FilterAnalysis, UnstableDesignsAreWarnedOf) {
     EXPECT_THAT(designWarnings(lowHighPass), testing::Contains(HasSubstr("unstable in the device")));
 }
 
-TEST(FilterPlot, QuotesInAFileNameAreDoubled) {
-    EXPECT_THAT(plotScript(lowPass(100), PictureFormat::svg, "it's.svg"), HasSubstr("set output 'it''s.svg'\n"));
+TEST(FilterPlot, Picture_IsTheFirstArgument) {
+    const std::string script = plotScript(lowPass(100), PictureFormat::svg);
+    EXPECT_THAT(script, HasSubstr("\nif (ARGC > 0) set output ARG1\n"));
+    EXPECT_THAT(script, Not(HasSubstr("\nset output")));
 }
 
 TEST(FilterPlot, NumbersOfTheDrawingAreThoseOfTheResponse) {
     const auto design = lowPass(100);
-    const std::string script = plotScript(design, PictureFormat::png, "low.png");
+    const std::string script = plotScript(design, PictureFormat::png);
     EXPECT_THAT(script, HasSubstr("set terminal png"));
     const std::size_t at = script.find("\n100 ");
     ASSERT_NE(at, std::string::npos);

@@ -3,6 +3,7 @@ import math
 import os
 import re
 import shutil
+import subprocess
 import unittest
 import xml.etree.ElementTree
 
@@ -169,6 +170,32 @@ class Plot(ToolTest):
         for kind in ("step", "frequency"):
             self.assertEqual((self.folder / f"device-{kind}.txt").read_text(),
                              (self.folder / f"low-{kind}.txt").read_text())
+
+    @needs_gnuplot
+    def test_Plot_AgainFromItsCommands_DrawsTheSamePicture(self):
+        self.assert_ended(self.plot("low.svg", "--rate", "100"), SUCCESS)
+        picture = (self.folder / "low.svg").read_bytes()
+        (self.folder / "low.svg").unlink()
+        subprocess.run(["gnuplot", "-c", "low.gnuplot", "low.svg"], cwd=self.folder, check=True)
+        self.assertEqual((self.folder / "low.svg").read_bytes(), picture)
+
+    @not_under_wine
+    def test_Plot_NameWithAControlCharacter_IsRejected(self):
+        for character in "\n\r\t\x01\x1b\x7f":
+            result = self.plot(f"low{character}system 'touch {self.path('made')}'{character}.png", "--rate", "100")
+            self.assert_failure(result, USAGE, "contains a control character")
+            self.assertEqual(list(self.folder.iterdir()), [])
+
+    @needs_gnuplot
+    def test_Plot_NameThatGnuplotCouldInterpret_IsOnlyAName(self):
+        for name in ("|touch made;", "<touch made;", "-e 'system \"touch made\"'", "'.system('touch made').'",
+                     "`touch made`", "$(touch made)", "~", '"', "@ARG1", "%d"):
+            # Relative: nothing before the name keeps gnuplot from interpreting its first character.
+            result = run("filter", "plot", "--rate", "100", "--", f"{name}.png", "lowpass", "butterworth", "10",
+                         cwd=self.folder)
+            self.assert_ended(result, SUCCESS)
+            self.assertFalse((self.folder / "made").exists(), name)
+            self.assertTrue((self.folder / f"{name}.png").read_bytes().startswith(b"\x89PNG\r\n"), name)
 
     def test_without_gnuplot_it_says_what_to_install(self):
         # Under Wine there is none; its starter needs the path.

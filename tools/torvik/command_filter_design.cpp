@@ -72,6 +72,16 @@ ExitCode runDesign(Session& session, const RequestOptions& options, const Connec
     return ExitCode::success;
 }
 
+/// A name with a line end would end a line of whatever it is written into.
+void checkFileName(const std::string& file) {
+    const auto isControl = [](unsigned char character) { return character < 0x20 || character == 0x7F; };
+    if (std::ranges::none_of(file, isControl)) return;
+    throw Failure{.exitCode = ExitCode::usage,
+                  .tried = "plotting",
+                  .reason = "the file's name contains a control character, such as a line end",
+                  .advice = "give a name like filter.png or filter.svg"};
+}
+
 PictureFormat formatOf(const std::filesystem::path& file) {
     if (file.extension() == ".png") return PictureFormat::png;
     if (file.extension() == ".svg") return PictureFormat::svg;
@@ -167,15 +177,17 @@ void writeScript(const std::string& file, const std::string& script) try {
     failOutput(fmt::format("writing gnuplot's commands into '{}'", file), error);
 }
 
-void runGnuplot(const std::string& commands, const std::string& script, const std::string& picture) {
-    const auto result = platform::runGnuplot(commands);
+/// gnuplot draws into `drawn`, which replaces the picture afterwards.
+void runGnuplot(const std::string& script, const std::string& drawn, const std::string& picture) {
+    const auto result = platform::runGnuplot(script, drawn);
     if (!result) {
-        throw Failure{.exitCode = ExitCode::notDrawn,
-                      .tried = fmt::format("drawing '{}'", picture),
-                      .reason = "there is no program gnuplot on the path",
-                      .advice = fmt::format("install gnuplot (Debian: apt-get install gnuplot-nox; Windows: "
-                                            "gnuplot's installer, with its folder on the path), then run 'gnuplot {}'",
-                                            script)};
+        throw Failure{
+            .exitCode = ExitCode::notDrawn,
+            .tried = fmt::format("drawing '{}'", picture),
+            .reason = "there is no program gnuplot on the path",
+            .advice = fmt::format("install gnuplot (Debian: apt-get install gnuplot-nox; Windows: "
+                                  "gnuplot's installer, with its folder on the path), then run 'gnuplot -c {} {}'",
+                                  script, picture)};
     }
     if (*result == 0) return;
     throw Failure{.exitCode = ExitCode::notDrawn,
@@ -184,18 +196,16 @@ void runGnuplot(const std::string& commands, const std::string& script, const st
                   .advice = "read gnuplot's message above; " + std::string(pathAdvice)};
 }
 
-/// gnuplot gets commands of its own, which draw into the file that replaces the picture.
-void draw(const FilterDesign& design, PictureFormat format, const std::string& script, const std::string& picture) try {
+void draw(const std::string& script, const std::string& picture) try {
     platform::FileReplacement replacement(picture);
-    const platform::FileReplacement commands(script);
-    writeScript(commands.name(), plotScript(design, format, replacement.name()));
-    runGnuplot(commands.name(), script, picture);
+    runGnuplot(script, replacement.name(), picture);
     replacement.commit();
 } catch (const std::system_error& error) {
     failOutput(fmt::format("drawing '{}'", picture), error);
 }
 
 ExitCode runPlot(Session& session, const PlotOptions& options, const ConnectionOptions& connection) {
+    checkFileName(options.file);
     const PictureFormat format = formatOf(options.file);
     const auto made = makeDesign(options.design, connection);
     const std::string step = besidePicture(options.file, "-step.txt");
@@ -205,8 +215,8 @@ ExitCode runPlot(Session& session, const PlotOptions& options, const ConnectionO
     files.writeStep(step);
     files.writeFrequencies(frequencies);
     made->connection.reset();
-    writeScript(script, plotScript(made->design, format, options.file));
-    draw(made->design, format, script, options.file);
+    writeScript(script, plotScript(made->design, format));
+    draw(script, options.file);
     writeData(session, fmt::format("{}\n{}\n{}\n{}\n", options.file, step, frequencies, script));
     return ExitCode::success;
 }

@@ -86,9 +86,18 @@ double decibels(std::complex<double> response) {
 
 double referenceFrequency(const FilterDesign& design) {
     const FilterRequest& request = design.request;
-    if (request.kind == FilterKind::highPass) return design.fs / 2;
-    if (request.kind != FilterKind::bandPass) return 0;
-    return (request.f1 + request.f2) / 2;
+    const double middle = (request.f1 + request.f2) / 2;
+    switch (request.kind) {
+        case FilterKind::highPass:
+            return design.fs / 2;
+        case FilterKind::bandPass:
+            return middle;
+        case FilterKind::bandStop:
+            // Close to the band, the rounded coefficients have a gain of their own.
+            return middle < design.fs / 4 ? design.fs / 2 : 0;
+        default:
+            return 0;
+    }
 }
 
 std::vector<double> halfPowerFrequencies(const FrequencyResponse& response, const FilterDesign& design) {

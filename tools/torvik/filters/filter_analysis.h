@@ -18,7 +18,8 @@ FrequencyResponse recurrenceResponse(const Recurrence& recurrence, double fs);
 /// Magnitude in dB, at least -400.
 double decibels(std::complex<double> response);
 
-/// Where the gain is 1: 0 Hz, half the sampling frequency, or the middle of a band pass.
+/// Where the gain is 1: 0 Hz, half the sampling frequency, the farther of both from a band stop, or the middle of a
+/// band pass.
 double referenceFrequency(const FilterDesign& design);
 
 /// The frequencies, from 0 to half the sampling frequency, at which the magnitude passes 1 / sqrt(2), rising.

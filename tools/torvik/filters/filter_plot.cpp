@@ -11,16 +11,6 @@ namespace torvik::tool {
 
 namespace {
 
-/// A text of gnuplot, in which nothing but the quote is special.
-std::string quoted(const std::string& text) {
-    std::string result = "'";
-    for (const char character : text) {
-        result += character;
-        if (character == '\'') result += character;
-    }
-    return result + "'";
-}
-
 void writeStepData(std::string& script, const FilterDesign& design) {
     constexpr std::size_t fewest = 20;
     constexpr std::size_t most = 20000;
@@ -61,16 +51,16 @@ void writePanel(std::string& script, std::string_view data, std::string_view tit
 
 }  // namespace
 
-std::string plotScript(const FilterDesign& design, PictureFormat format, const std::string& pictureFile) {
+std::string plotScript(const FilterDesign& design, PictureFormat format) {
     constexpr std::string_view lowestAmplitude = "-120";
     std::string script;
     writeStepData(script, design);
     writeFrequencyData(script, design);
     script += format == PictureFormat::svg ? "set terminal svg size 900,900\n" : "set terminal png size 900,900\n";
-    fmt::format_to(std::back_inserter(script), "set output {}\nset grid\n", quoted(pictureFile));
-    fmt::format_to(std::back_inserter(script), "set multiplot layout 2,1 title {}\n",
-                   quoted(fmt::format("{}, order {}, sampling frequency {} Hz", requestText(design.request),
-                                      filterOrder, design.fs)));
+    script += "if (ARGC > 0) set output ARG1\nset grid\n";
+    fmt::format_to(std::back_inserter(script),
+                   "set multiplot layout 2,1 title '{}, order {}, sampling frequency {} Hz'\n",
+                   requestText(design.request), filterOrder, design.fs);
     writePanel(script, "$step", "Step response", "time [ms]", "output");
     fmt::format_to(std::back_inserter(script), "set yrange [{}:10]\n", lowestAmplitude);
     writePanel(script, "$frequency", "Frequency response", "frequency [Hz]", "amplitude [dB]");

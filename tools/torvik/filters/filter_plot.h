@@ -8,7 +8,8 @@ namespace torvik::tool {
 
 enum class PictureFormat : std::uint8_t { png, svg };
 
-/// The commands and data from which gnuplot draws step and frequency response into a file, ideal and device.
-std::string plotScript(const FilterDesign& design, PictureFormat format, const std::string& pictureFile);
+/// The commands and data from which gnuplot draws step and frequency response, ideal and device, into the file that is
+/// its first argument, or to standard output. They contain no file name: as an argument, it cannot become a command.
+std::string plotScript(const FilterDesign& design, PictureFormat format);
 
 }  // namespace torvik::tool

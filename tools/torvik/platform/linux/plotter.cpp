@@ -6,14 +6,16 @@
 
 #include <array>
 #include <cerrno>
+#include <string>
 
 namespace torvik::tool::platform {
 
-std::optional<int> runGnuplot(const std::string& scriptFile) {
+std::optional<int> runGnuplot(const std::filesystem::path& scriptFile, const std::filesystem::path& picture) {
     std::string program = "gnuplot";
-    // A name that begins with a dash would be an option.
-    std::string file = scriptFile.starts_with('-') ? "./" + scriptFile : scriptFile;
-    const std::array<char*, 3> arguments{program.data(), file.data(), nullptr};
+    std::string withArguments = "-c";
+    std::string script = std::filesystem::absolute(scriptFile).string();
+    std::string output = std::filesystem::absolute(picture).string();
+    const std::array<char*, 5> arguments{program.data(), withArguments.data(), script.data(), output.data(), nullptr};
     pid_t process = 0;
     if (posix_spawnp(&process, program.c_str(), nullptr, nullptr, arguments.data(), environ) != 0) return std::nullopt;
     int status = 0;
