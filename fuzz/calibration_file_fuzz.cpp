@@ -11,7 +11,7 @@
 namespace {
 
 constexpr char separator = '\x1E';
-constexpr std::uint32_t missing = 2;
+constexpr std::uint32_t missing = 0x20000002;
 
 std::vector<std::string> split(std::string_view input) {
     std::vector<std::string> texts;

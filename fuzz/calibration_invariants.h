@@ -9,10 +9,10 @@
 
 namespace torvik {
 
-// The rule that is broken, or null. `result` is what the reading gave; files that are missing have `missing` as code.
+// The rule that is broken, or null. `result` is what the reading gave; `missing`: what it gives for files that are missing.
 inline const char* brokenRule(std::uint32_t result, const CalibrationFile& calibration, std::uint32_t missing) {
     if (result != 0) {
-        const bool known = result == error::fileContent || result == (0x20000000 | missing);
+        const bool known = result == error::fileContent || result == missing;
         return known ? nullptr : "the result is 0, the content's code or that of a missing file";
     }
     const auto isWithin = [](auto value, auto lowest, auto highest) { return value >= lowest && value <= highest; };

@@ -36,8 +36,17 @@ constexpr std::string_view noNumber = "no number";
 constexpr std::string_view noWholeNumber = "no whole number without a sign";
 constexpr std::string_view tooShortForFile = "shorter than 5 characters";
 
-std::uint32_t readFromDisk(const std::string& path, std::string& text) {
-    return platform::readFile(path.c_str(), fileLimit, text);
+std::uint32_t codeOf(const platform::ReadResult& result) {
+    switch (result.status) {
+        case platform::ReadStatus::systemError:
+            return result.systemCode | systemErrorMark;
+        case platform::ReadStatus::notRegular:
+            return error::fileContent;
+        case platform::ReadStatus::stopped:
+            return error::notActive;
+        default:
+            return error::none;
+    }
 }
 
 std::string folderOf(std::string_view path) {
@@ -124,7 +133,7 @@ class Reading {
   private:
     std::string readText(const std::string& path) const {
         std::string text;
-        if (const std::uint32_t code = files_(path, text); code != 0) throw ReadingFailure{code | systemErrorMark};
+        if (const std::uint32_t code = files_(path, text); code != 0) throw ReadingFailure{code};
         return text;
     }
 
@@ -241,7 +250,7 @@ class Reading {
         const std::string path = folder_ + name;
         std::string text;
         if (const std::uint32_t code = files_(path, text); code != 0) {
-            notes_.refuseFile(path, code | systemErrorMark);
+            notes_.refuseFile(path, code);
             return;
         }
         LineReader lines(text);
@@ -376,8 +385,10 @@ std::int32_t CalibrationFile::formatWord() const {
     return static_cast<std::int32_t>(matrixB ? format_type::withMatrixB : format_type::standard);
 }
 
-std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFile& calibration) {
-    return readCalibrationFile(path, extended, calibration, readFromDisk);
+FileReader filesOnDisk(const platform::StopCheck& mustEnd) {
+    return [mustEnd](const std::string& path, std::string& text) {
+        return codeOf(platform::readTextFile(path.c_str(), fileLimit, text, mustEnd));
+    };
 }
 
 std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFile& calibration,
@@ -388,9 +399,9 @@ std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFi
     return failure.code;
 }
 
-std::uint32_t checkCalibrationFile(const char* path, CalibrationFile& calibration, CalibrationReport& report) {
+std::uint32_t checkCalibrationFile(const char* path, CalibrationFile& calibration, CalibrationReport& report,
+                                   const FileReader& files) {
     try {
-        const FileReader files = readFromDisk;
         Reading(path, calibration, files, &report).read(true);
     } catch (const ReadingFailure& failure) {
         report.push_back(unreadableFile(path, failure.code));

@@ -9,6 +9,7 @@
 
 #include "calib/calibration_format.h"
 #include "calib/calibration_report.h"
+#include "platform/file_stream.h"
 
 namespace torvik {
 
@@ -51,18 +52,21 @@ struct CalibrationFile {
     std::int32_t formatWord() const;
 };
 
-// Reads a calibration file and the matrix files that it names, in its own folder. `extended`: also what only devices
-// with a format word take, model name and matrix B. Result: 0; 0x30000108 the content breaks a rule; the system's code
-// | 0x20000000 a file cannot be read.
-std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFile& calibration);
-
-// The same with the files' texts from elsewhere. `files` delivers the text behind a path; result: 0 or a system code.
+// Delivers the text behind a path. Result: 0, or the code that the reading ends with.
 using FileReader = std::function<std::uint32_t(const std::string& path, std::string& text)>;
+
+// From the system's files: 0x30000108 a folder, a pipe or a device, of which nothing is read; the system's code
+// | 0x20000000 a file cannot be read; 0x30000113 `mustEnd`, which may be empty, ended the reading.
+FileReader filesOnDisk(const platform::StopCheck& mustEnd = {});
+
+// Reads a calibration file and the matrix files that it names, in its own folder. `extended`: also what only devices
+// with a format word take, model name and matrix B. Result: 0; 0x30000108 the content breaks a rule; a code of `files`.
 std::uint32_t readCalibrationFile(const char* path, bool extended, CalibrationFile& calibration,
-                                  const FileReader& files);
+                                  const FileReader& files = filesOnDisk());
 
 // The same for a person: reads everything, goes on behind what the file is refused for, also looks for what would end a
 // loading later, and reports every value. Result: 0, or the code of the first problem.
-std::uint32_t checkCalibrationFile(const char* path, CalibrationFile& calibration, CalibrationReport& report);
+std::uint32_t checkCalibrationFile(const char* path, CalibrationFile& calibration, CalibrationReport& report,
+                                   const FileReader& files = filesOnDisk());
 
 }  // namespace torvik

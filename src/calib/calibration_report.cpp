@@ -3,11 +3,16 @@
 #include <array>
 #include <charconv>
 
+#include "core/error_codes.h"
+
 namespace torvik {
 
 Finding unreadableFile(const std::string& path, std::uint32_t code) {
-    return {
-        .kind = FindingKind::problem, .file = path, .reason = "the file is not there or cannot be read", .code = code};
+    const bool isOther = code == error::fileContent;
+    return {.kind = FindingKind::problem,
+            .file = path,
+            .reason = isOther ? "a folder, a pipe or a device, not a file" : "there is no such file, or it cannot be read",
+            .code = code};
 }
 
 std::string shortestText(double number) {

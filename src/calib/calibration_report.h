@@ -29,7 +29,7 @@ struct Finding {
 // In the order of the reading.
 using CalibrationReport = std::vector<Finding>;
 
-// A file that is not there, or cannot be read: a problem.
+// A file that is not there, cannot be read, or is not regular (0x30000108): a problem.
 Finding unreadableFile(const std::string& path, std::uint32_t code);
 
 // With as many digits as it takes to read the number back unchanged.

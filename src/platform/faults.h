@@ -5,7 +5,16 @@
 
 namespace torvik::platform {
 
-enum class FaultPoint : std::uint8_t { eventCreate, mutexCreate, threadStart, allocation };
+enum class FaultPoint : std::uint8_t {
+    eventCreate,
+    mutexCreate,
+    threadStart,
+    allocation,
+    fileOpen,
+    fileRead,
+    fileWrite,
+    fileClose
+};
 
 // Decides for one call whether it fails: 0 lets it go on, any other number is the system error it fails with.
 using FaultHook = std::uint32_t (*)(FaultPoint);

@@ -1,43 +1,46 @@
-// Text files: written with the system's own line ends, read as they are.
+// Text files: written with the system's own line ends, read as they are but for Windows's end mark.
 #pragma once
 
+#include <array>
 #include <cstdint>
-#include <cstdio>
-#include <memory>
+#include <functional>
 #include <string>
 #include <string_view>
 
-namespace torvik::platform {
+#include "platform/file_stream.h"
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
+namespace torvik::platform {
 
 class TextFile {
   public:
     // Creates or empties the file; on Windows the name is in the process's code page.
-    explicit TextFile(const char* name);
+    explicit TextFile(const char* name, StopCheck mustEnd = {});
 
-    bool opened() const { return file_ != nullptr; }
+    bool opened() const { return file_.opened(); }
     void write(std::string_view text);
 
     // Result: 0, or the system's code of the first thing that failed, the opening too.
     std::uint32_t close();
 
   private:
-    File file_;
+    void append(std::string_view text);
+    void flush();
+
+    OutputStream file_;
+    StopCheck mustEnd_;
+    std::array<char, 4096> buffer_{};
+    std::size_t length_ = 0;
     std::uint32_t error_ = 0;
 };
 
-// What stands between the folder and the name of a file.
-extern const char folderSeparator;
+enum class ReadStatus : std::uint8_t { complete, systemError, notRegular, stopped };
+struct ReadResult {
+    ReadStatus status = ReadStatus::complete;
+    std::uint32_t systemCode = 0;  // of a systemError
+};
 
-// Reads a file as it is, up to `limit` bytes; on Windows the name is in the process's code page.
-// Result: 0 with the text, or the system's code of what failed.
-std::uint32_t readFile(const char* name, std::size_t limit, std::string& text);
-
-// The code of the last failed call of the C run-time on a file, never 0.
-std::uint32_t fileError();
+// Reads a regular file, up to `limit` bytes, on Windows only up to a byte 0x1A; never waits for a pipe or a device. On
+// Windows the name is in the process's code page. `mustEnd`, which may be empty, is asked at every 64 KiB.
+ReadResult readTextFile(const char* name, std::size_t limit, std::string& text, const StopCheck& mustEnd);
 
 }  // namespace torvik::platform

@@ -32,7 +32,7 @@ inline SampleTexts sampleTexts() {
     return texts;
 }
 
-inline constexpr std::uint32_t missingFile = 2;
+inline constexpr std::uint32_t missingFile = 0x20000002;
 
 // Reads a sample from these texts instead of the files.
 inline std::uint32_t readSample(const std::string& name, const SampleTexts& texts, CalibrationFile& calibration) {

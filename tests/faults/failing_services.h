@@ -16,8 +16,7 @@ class FailingService {
     FailingService(const FailingService&) = delete;
     FailingService& operator=(const FailingService&) = delete;
 
-    // Whether anything has failed; `what`: the name of what failed first, the closing of a file only if nothing else
-    // did.
+    // Whether anything has failed; `what`: the name of what failed first.
     static bool struck();
     static const char* what();
 };
@@ -35,8 +34,7 @@ class ServicesUntouched {
     ServicesUntouched& operator=(const ServicesUntouched&) = delete;
 };
 
-// Blocks that were allocated inside the library and not freed; files that the program has opened and not closed.
+// Blocks that were allocated inside the library and not freed.
 std::int64_t liveBlocks();
-std::int64_t openFiles();
 
 }  // namespace torvik::test

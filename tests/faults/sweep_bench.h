@@ -19,7 +19,6 @@ struct SweptOutcome {
 // What the whole program holds.
 struct Holdings {
     std::int64_t blocks = 0;
-    std::int64_t files = 0;
     std::int64_t handles = 0;
     std::int64_t threads = 0;
 

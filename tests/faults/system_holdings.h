@@ -1,4 +1,4 @@
-// What the system says this program holds, and the error that it leaves behind.
+// What the system says this program holds.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,5 @@ namespace torvik::test {
 std::int64_t systemHandles();
 
 std::int64_t runningThreads();
-
-// As if a call of the C run-time on a file had failed with it.
-void setFileError(int systemError);
 
 }  // namespace torvik::test

@@ -1,5 +1,6 @@
 """torvik calibration: files checked without a device, loaded into simulated six-axis amplifiers, shown, compared."""
 import json
+import os
 import pathlib
 import re
 import shutil
@@ -92,7 +93,23 @@ class Check(CalibrationTest):
 
     def test_a_file_that_is_not_there_is_a_failure(self):
         self.assert_failure(run("calibration", "check", self.sample("nowhere")), USAGE, "there is no such file")
-        self.assert_failure(run("calibration", "check", "."), USAGE, "or it cannot be read")
+
+    def test_a_folder_or_a_pipe_is_a_failure(self):
+        self.assert_failure(run("calibration", "check", "."), USAGE, "a folder, a pipe or a device, not a file")
+        if ON_WINDOWS:
+            return
+        os.mkfifo(self.folder / "pipe.ini")
+        pipe = self.sample("pipe")
+        self.assert_failure(run("calibration", "check", pipe), USAGE, "not a file")
+        self.assert_failure(self.calibration("load", pipe, "--slot", "1"), USAGE, "not a file")
+
+    def test_a_matrix_file_that_is_a_folder_is_a_problem(self):
+        result = run("calibration", "check", self.changed("version2", "(?m)^Matrix *=.*", "Matrix=inner"))
+        self.assertNotIn("not a file", result.stdout)
+        (self.folder / "inner").mkdir()
+        result = run("calibration", "check", self.sample("changed"))
+        self.assert_ended(result, FILE_PROBLEMS)
+        self.assertIn("inner: a folder, a pipe or a device, not a file (code 0x30000108)", result.stdout)
 
 
 class Load(CalibrationTest):

@@ -1,6 +1,5 @@
 #include "faults/system_holdings.h"
 
-#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
@@ -22,10 +21,6 @@ std::int64_t systemHandles() {
 
 std::int64_t runningThreads() {
     return entriesOf("/proc/self/task");
-}
-
-void setFileError(int systemError) {
-    errno = systemError;
 }
 
 }  // namespace torvik::test

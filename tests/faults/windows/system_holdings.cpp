@@ -14,8 +14,4 @@ std::int64_t runningThreads() {
     return 0;
 }
 
-void setFileError(int systemError) {
-    SetLastError(static_cast<DWORD>(systemError));
-}
-
 }  // namespace torvik::test

@@ -10,7 +10,6 @@
 #include "calib/ucf_parser.h"
 #include "failure.h"
 #include "parameters/unit_names.h"
-#include "read_text.h"
 
 namespace torvik::tool {
 
@@ -173,16 +172,22 @@ std::string counted(const CalibrationReport& report, FindingKind kind, std::stri
 }  // namespace
 
 CheckedFile checkFile(const std::string& path) {
-    const std::optional<std::string> text = readText(path);
-    if (!text) {
+    // The calibration file is read first, and only once.
+    std::optional<std::string> firstText;
+    const FileReader files = [&firstText, onDisk = filesOnDisk()](const std::string& name, std::string& text) {
+        const std::uint32_t code = onDisk(name, text);
+        if (code == 0 && !firstText) firstText = text;
+        return code;
+    };
+    CheckedFile checked;
+    checkCalibrationFile(path.c_str(), checked.calibration, checked.report, files);
+    if (!firstText) {
         throw Failure{.exitCode = ExitCode::usage,
                       .tried = fmt::format("reading the calibration file '{}'", path),
-                      .reason = "there is no such file, or it cannot be read",
+                      .reason = checked.report.back().reason,
                       .advice = "check the path"};
     }
-    CheckedFile checked;
-    checkCalibrationFile(path.c_str(), checked.calibration, checked.report);
-    addUnreadLines(path, *text, checked.report);
+    addUnreadLines(path, *firstText, checked.report);
     return checked;
 }
 
