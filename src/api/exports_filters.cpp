@@ -147,12 +147,13 @@ std::int32_t simulate(const DeviceCall& call, std::uint32_t mode, double f1, dou
     if (!use.granted()) return failure;
     Dfilter* const filter = designerOf(use);
     if (filter == nullptr) return call.fail(error::internalCallFailed);
+    const auto mustEnd = [&call] { return callMustEnd(call.record()); };
     std::uint32_t code = error::parameterExceedance;
     if ((mode & frequencyResponse) != 0) {
         code = writeFrequencyResponse(*filter, kindWord, std::max(fs / 250, f1), std::min(fs / 2, f2), fs, points,
-                                      fileName, [&call] { return callMustEnd(call.record()); });
+                                      fileName, mustEnd);
     } else if ((mode & stepResponse) != 0) {
-        code = writeStepResponse(*filter, kindWord, f1, f2, fs, points, fileName);
+        code = writeStepResponse(*filter, kindWord, f1, f2, fs, points, fileName, mustEnd);
     }
     return code == error::none ? success : call.fail(code);
 }

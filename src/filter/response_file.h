@@ -13,8 +13,8 @@ namespace torvik {
 
 class ResponseFile {
   public:
-    // Creates or empties the file.
-    explicit ResponseFile(const char* fileName) : file_(fileName) {}
+    // Creates or empties the file. `mustEnd`, which may be empty, ends the waiting for a pipe.
+    ResponseFile(const char* fileName, const platform::StopCheck& mustEnd) : file_(fileName, mustEnd) {}
 
     bool opened() const { return file_.opened(); }
 

@@ -83,7 +83,7 @@ bool writeAmplitudes(ResponseFile& file, Dfilter& filter, std::uint32_t kind, do
 }  // namespace
 
 std::uint32_t writeStepResponse(Dfilter& filter, std::uint32_t kindWord, double levelBefore, double levelAfter,
-                                double fs, std::int32_t points, const char* fileName) {
+                                double fs, std::int32_t points, const char* fileName, const StopCheck& mustEnd) {
     const platform::MaskedFloatingPoint masked;
     if (points < fewestStepPoints || fileName == nullptr || !(fs >= 1.0)) return filter_error::wrongArguments;
     const std::uint32_t kind = selectKind(filter, kindWord);
@@ -91,7 +91,7 @@ std::uint32_t writeStepResponse(Dfilter& filter, std::uint32_t kindWord, double 
     filter.stepLevelBefore = levelBefore;
     filter.stepLevelAfter = levelAfter;
     runFilter(filter, kind, tapsOf(filter, kind), TestSignal::step, fs, 0.0);
-    ResponseFile file(fileName);
+    ResponseFile file(fileName, mustEnd);
     if (!file.opened()) return file.close();
     file.writeHeading("Step", filter, kind, fs);
     file.writeWords("Time [ms]\tAmplitude\n");
@@ -109,7 +109,7 @@ std::uint32_t writeFrequencyResponse(Dfilter& filter, std::uint32_t kindWord, do
         return filter_error::wrongArguments;
     const std::uint32_t kind = selectKind(filter, kindWord);
     if (!available(filter, kind)) return filter_error::noDesign;
-    ResponseFile file(fileName);
+    ResponseFile file(fileName, mustEnd);
     if (!file.opened()) return file.close();
     file.writeHeading("Frequency", filter, kind, fs);
     file.writeWords("f [Hz]\tAmplitude [dB]\n");
