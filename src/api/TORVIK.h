@@ -1462,7 +1462,7 @@ int32_t TORVIKsetFTSensorCalArrNo(int32_t deviceNo, uint8_t number);
  *   result    0 or -1
  *   errors    0x30000100  device number above 39, path is null, a serial number above 99999999, a factor index above
  *                         5, a scale factor too near to 0, or a unit text of more than 10 characters
- *             0x30000113  device not active
+ *             0x30000113  device not active, or released (or released and activated again) while the files were read
  *             0x30000108  the file's content breaks a rule, or it is a folder, a pipe or a device; nothing has been
  *                         sent, unless it is a third unit text of its own
  *             0x2.......  0x20000000 | the system's error code: a file cannot be read

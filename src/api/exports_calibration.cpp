@@ -5,6 +5,7 @@
 #include "calib/calibration_arrays.h"
 #include "calib/calibration_device.h"
 #include "calib/calibration_from_file.h"
+#include "core/call_control.h"
 #include "params/convert_from_device.h"
 
 using namespace torvik;
@@ -17,6 +18,32 @@ bool supports(const DeviceCall& call, std::uint32_t firmware) {
     if (call.record().firmwareVersion >= firmware) return true;
     call.fail(error::firmwareUnsupported);
     return false;
+}
+
+// What a calibration file is read for.
+struct SetUp {
+    std::uint32_t count = 0;
+    bool hasFormatWord = false;
+};
+
+SetUp setUpOf(const DeviceRecord& record) {
+    return {record.setUpCount, record.firmwareVersion >= firmwareWithFormatWord};
+}
+
+bool isStill(const SetUp& setUp, const DeviceRecord& record) {
+    return record.active && record.setUpCount == setUp.count;
+}
+
+// `code`: of the reading. Result: -1 with lastError set when there is no memory for it.
+std::int32_t readFiles(std::uint8_t deviceNo, const SetUp& setUp, const char* path, CalibrationFile& calibration,
+                       std::uint32_t& code) {
+    const DeviceRecord& record = deviceRecord(deviceNo);
+    const auto mustEnd = [&] { return libraryGate.closing() || callMustEnd(record) || !isStill(setUp, record); };
+    const auto read = [&](const DeviceCall&) {
+        code = readCalibrationFile(path, setUp.hasFormatWord, calibration, filesOnDisk(mustEnd));
+        return success;
+    };
+    return runBody(DeviceCall(deviceNo), failure, read);
 }
 
 }  // namespace
@@ -175,12 +202,22 @@ int32_t TORVIKsetFTSensorCalArrNo(int32_t deviceNo, uint8_t number) {
     });
 }
 
+// The files are read outside the record: a release does not wait for them.
 int32_t TORVIKwriteFTSensorCalFromFile(int32_t deviceNo, uint32_t calSlot, const char* path) {
-    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+    const Visit inLibrary(libraryGate);
+    SetUp setUp;
+    const std::int32_t checked = deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!inLibrary.inside()) return call.fail(error::notActive);
         if (!call.ready(path != nullptr)) return failure;
-        CalibrationFile calibration;
-        const bool extended = call.record().firmwareVersion >= firmwareWithFormatWord;
-        const std::uint32_t code = readCalibrationFile(path, extended, calibration);
+        setUp = setUpOf(call.record());
+        return success;
+    });
+    if (checked != success) return failure;
+    CalibrationFile calibration;
+    std::uint32_t code = error::none;
+    if (readFiles(deviceNumber(deviceNo), setUp, path, calibration, code) != success) return failure;
+    return deviceCall(deviceNo, [&](const DeviceCall& call) {
+        if (!isStill(setUp, call.record())) return call.fail(error::notActive);
         if (code != error::none) return call.fail(code);
         return writeCalibration(call.deviceNo(), static_cast<std::uint8_t>(calSlot), calibration);
     });
