@@ -231,6 +231,19 @@ class Load(ConfigTest):
             self.assert_failure(run("config", verb, self.file), USAGE, "config.toml:2:14: inf is no value for user-scale",
                                 "give a finite number")
 
+    def test_Load_OfAHostileFile_ShowsItsTextsWithoutControlCharacters(self):
+        for text, shown in (('[device]\n"\\u001b[2J\\n\\u009b" = 1\n', '"\\x1B[2J\\x0A\\x9B"'),
+                            ('[channel.1]\nunit = "\\u001b[2J"\n', '"\\u001B[2J"'),
+                            ('[device]\n\x1b[2J = 1\n', "config.toml:2:")):
+            self.write(text)
+            result = run("config", "load", self.file)
+            self.assert_failure(result, USAGE, shown)
+            self.assertFalse(set(result.stderr) - {"\n"} & set(map(chr, [*range(32), *range(127, 160)])), result.stderr)
+
+    def test_Load_OfAFileWithAHostileName_ShowsItWithoutControlCharacters(self):
+        result = run("config", "load", self.path("none-\x1b[2J.toml"))
+        self.assert_failure(result, USAGE, "none-\\x1B[2J.toml' failed")
+
     def test_a_missing_file_is_told(self):
         self.assert_failure(run("config", "load", self.file), USAGE, "there is no such file")
 

@@ -18,6 +18,8 @@
 #include "connection.h"
 #include "filters/request_options.h"
 #include "number_option.h"
+#include "parameters/unit_names.h"
+#include "printable_text.h"
 #include "stream_statistics.h"
 
 namespace torvik::tool {
@@ -79,7 +81,8 @@ std::string valuesTable(const std::vector<ChannelStatistics>& before, const std:
     for (std::size_t channel = 0; channel < before.size(); ++channel) {
         const bool isOutput = channel < std::min(calibration.size().outputs, standardSize);
         fmt::format_to(std::back_inserter(table), "{:<10}{:<16.6g}{:<16.6g}{}\n", channel + 1, before[channel].mean,
-                       after[channel].mean, calibration.units && isOutput ? calibration.unitText(channel) : "-");
+                       after[channel].mean,
+                       calibration.units && isOutput ? printable(utf8FromDevice(calibration.unitText(channel))) : "-");
     }
     return table;
 }

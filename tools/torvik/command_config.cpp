@@ -55,7 +55,7 @@ void leaveOutWhatCannotBeLoaded(std::vector<ConfigurationItem>& items) {
         if (canBeLoaded(item)) return false;
         printMessage(fmt::format("torvik: {} is not saved: the device holds {}, which it cannot be set to\n",
                                  describePlace(*item.parameter, item.place),
-                                 valueText(item.parameter->kind, item.value)));
+                                 shownText(item.parameter->kind, item.value)));
         return true;
     });
 }

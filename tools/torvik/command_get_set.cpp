@@ -49,7 +49,7 @@ std::string linesOf(const ParameterReading& reading) {
     for (const PlaceReading& place : reading.places) {
         if (!place.value) continue;
         fmt::format_to(std::back_inserter(lines), "{} {}\n", placeText(reading.parameter->places, place.place),
-                       valueText(reading.parameter->kind, *place.value));
+                       shownText(reading.parameter->kind, *place.value));
     }
     return lines;
 }
@@ -66,7 +66,7 @@ std::string linesOf(const ParameterReading& reading) {
 void getOne(Session& session, const Connection& connection, const Parameter& parameter, Place place) {
     const PlaceReading reading = readPlace(connection, parameter, place);
     if (!reading.value) failReading(parameter, reading);
-    writeData(session, valueText(parameter.kind, *reading.value) + "\n");
+    writeData(session, shownText(parameter.kind, *reading.value) + "\n");
 }
 
 /// Those that the device refuses are told on standard error; that it refuses all is a failure.
@@ -165,9 +165,9 @@ void verifySet(const Connection& connection, const SetRequest& request) {
         } else if (!sameValue(parameter.kind, request.value, *reading.value)) {
             throw Failure{.exitCode = ExitCode::differs,
                           .tried = fmt::format("setting {} to {}", describePlace(parameter, reading.place),
-                                               valueText(parameter.kind, request.value)),
+                                               shownText(parameter.kind, request.value)),
                           .reason = fmt::format("the device took it, but now tells {}",
-                                                valueText(parameter.kind, *reading.value)),
+                                                shownText(parameter.kind, *reading.value)),
                           .advice = "give a value that the device can keep, see its manual"};
         }
     }
@@ -178,7 +178,7 @@ ExitCode runSet(const ConnectionOptions& options, const std::vector<std::string>
     const Connection connection(options);
     if (const auto refusal = writePlace(connection, *request.parameter, request.place, request.value)) {
         throw refusalFailure(fmt::format("setting {} to {}", describePlace(*request.parameter, request.place),
-                                         valueText(request.parameter->kind, request.value)),
+                                         shownText(request.parameter->kind, request.value)),
                              *refusal);
     }
     if (request.parameter->read != nullptr) verifySet(connection, request);

@@ -23,8 +23,12 @@ struct Session {
     platform::Interruption& interruption;
 };
 
-/// Writes data to standard output. Throws OutputClosed, Interrupted, or Failure when it cannot be written.
-void writeData(Session& session, std::string_view bytes);
+/// Writes lines of data to standard output, with what would control a terminal made visible. Throws OutputClosed,
+/// Interrupted, or Failure when they cannot be written.
+void writeData(Session& session, std::string_view lines);
+
+/// The same with the bytes as they are.
+void writeBytes(Session& session, std::string_view bytes);
 
 /// The parser, and what the chosen command does once the whole line has been understood.
 struct CommandLine {

@@ -40,7 +40,7 @@ std::string channelUnits(const Connection& connection) {
             if (!reading.value) continue;
             fmt::format_to(std::back_inserter(lines), "{} {} {}\n",
                            parameter.places.channels() ? "channel" : parameter.name, reading.place.major,
-                           visible(valueText(parameter.kind, *reading.value)));
+                           visible(shownText(parameter.kind, *reading.value)));
         }
     }
     return lines;

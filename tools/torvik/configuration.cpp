@@ -35,7 +35,7 @@ void writeItem(const Connection& connection, const ConfigurationItem& item, Writ
     }
     summary.refused.push_back(
         fmt::format("{} cannot be set to {}: {} (code {}, 0x{:X})", describePlace(*item.parameter, item.place),
-                    valueText(item.parameter->kind, item.value), refusal->text, refusal->code, refusal->code));
+                    shownText(item.parameter->kind, item.value), refusal->text, refusal->code, refusal->code));
 }
 
 }  // namespace
@@ -73,10 +73,10 @@ std::vector<std::string> differencesOf(Session& session, const Connection& conne
         const PlaceReading reading = readItem(session, connection, item);
         if (isHeld(item, reading)) continue;
         const std::string held = reading.value
-                                     ? fmt::format("{} in the device", valueText(item.parameter->kind, *reading.value))
+                                     ? fmt::format("{} in the device", shownText(item.parameter->kind, *reading.value))
                                      : std::string("not told by the device");
         differences.push_back(fmt::format("{}: {} in the file, {}", describePlace(*item.parameter, item.place),
-                                          valueText(item.parameter->kind, item.value), held));
+                                          shownText(item.parameter->kind, item.value), held));
     }
     return differences;
 }

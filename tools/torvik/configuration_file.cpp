@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "failure.h"
+#include "printable_text.h"
 #include "toml_file.hpp"
 
 namespace torvik::tool {
@@ -18,15 +19,15 @@ constexpr std::string_view channelTables = "channel";
 
 std::string quotedToml(std::string_view text) {
     std::string quoted = "\"";
-    for (const char character : text) {
-        if (character == '"' || character == '\\') {
-            quoted += '\\';
-            quoted += character;
-        } else if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) {
-            fmt::format_to(std::back_inserter(quoted), "\\u{:04X}", static_cast<unsigned char>(character));
+    while (!text.empty()) {
+        const std::size_t length = std::max<std::size_t>(utf8Length(text), 1);
+        if (isControl(text)) {
+            fmt::format_to(std::back_inserter(quoted), "\\u{:04X}", static_cast<unsigned char>(text[length - 1]));
         } else {
-            quoted += character;
+            if (text.front() == '"' || text.front() == '\\') quoted += '\\';
+            quoted += text.substr(0, length);
         }
+        text.remove_prefix(length);
     }
     return quoted + "\"";
 }

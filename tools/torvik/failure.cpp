@@ -8,6 +8,7 @@
 
 #include "TORVIK.h"
 #include "error_meanings.h"
+#include "printable_text.h"
 
 namespace torvik::tool {
 
@@ -27,7 +28,7 @@ LibraryError takeErrorOfCall(std::uint32_t deviceNo) {
 }
 
 std::string describe(const Failure& failure) {
-    std::string report = fmt::format("torvik: {} failed\n", failure.tried);
+    std::string report = fmt::format("torvik: {} failed\n", printable(failure.tried));
     auto out = std::back_inserter(report);
     std::string advice = failure.advice;
     if (failure.error) {
@@ -44,7 +45,7 @@ std::string describe(const Failure& failure) {
 }
 
 void printMessage(const std::string& message) {
-    std::fputs(message.c_str(), stderr);
+    std::fputs(printableLines(message).c_str(), stderr);
     std::fflush(stderr);
 }
 

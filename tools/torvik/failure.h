@@ -32,7 +32,7 @@ LibraryError takeErrorOfCall(std::uint32_t deviceNo);
 /// The failure as the user reads it: what was tried, the code with its text and meaning, the next thing to try.
 std::string describe(const Failure& failure);
 
-/// Writes a message to standard error.
+/// Writes a message, whole lines, to standard error, with what would control a terminal made visible.
 void printMessage(const std::string& message);
 
 }  // namespace torvik::tool

@@ -15,7 +15,7 @@ constexpr std::size_t columnWidth = 12;
 
 std::string cellText(const Parameter& parameter, const PlaceReading& reading) {
     if (!reading.value) return "-";
-    const std::string text = valueText(parameter.kind, *reading.value);
+    const std::string text = shownText(parameter.kind, *reading.value);
     return text.find_first_not_of(' ') == std::string::npos ? fmt::format("'{}'", text) : text;
 }
 

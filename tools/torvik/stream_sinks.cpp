@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "failure.h"
+#include "printable_text.h"
 
 namespace torvik::tool {
 
@@ -45,7 +46,10 @@ void TableSink::finish(double) {
 
 void TableSink::draw() {
     const platform::TerminalSize size = session_.output.terminalSize();
-    writeData(session_, redraw_.frame(table_.lines(size.columns), size.rows));
+    std::vector<std::string> lines = table_.lines(size.columns);
+    for (std::string& line : lines)
+        line = printable(line);
+    writeBytes(session_, redraw_.frame(std::move(lines), size.rows));
 }
 
 }  // namespace torvik::tool

@@ -1,9 +1,14 @@
 #include "command_line.h"
 #include "failure.h"
+#include "printable_text.h"
 
 namespace torvik::tool {
 
-void writeData(Session& session, std::string_view bytes) {
+void writeData(Session& session, std::string_view lines) {
+    writeBytes(session, printableLines(lines));
+}
+
+void writeBytes(Session& session, std::string_view bytes) {
     switch (session.output.write(bytes)) {
         case platform::WriteResult::complete:
             return;

@@ -11,6 +11,7 @@
 #include "parameters/value.h"
 #include "params/unit_table.h"
 #include "params/user_text.h"
+#include "printable_text.h"
 
 namespace torvik::tool {
 
@@ -40,7 +41,9 @@ class Comparison {
 
     void text(const std::string& name, const std::string& inFile, const std::string& inDevice) {
         if (inFile == inDevice) return;
-        const auto shown = [](const std::string& bytes) { return bytes.empty() ? "none" : utf8FromDevice(bytes); };
+        const auto shown = [](const std::string& bytes) {
+            return bytes.empty() ? "none" : printable(utf8FromDevice(bytes));
+        };
         lines_.push_back(fmt::format("{}: {} in the file, {} in the device", name, shown(inFile), shown(inDevice)));
     }
 
@@ -67,7 +70,7 @@ class Comparison {
             if (device_.model) {
                 text("model name", kept, *device_.model);
             } else if (!kept.empty()) {
-                notKept("model name", utf8FromDevice(kept));
+                notKept("model name", printable(utf8FromDevice(kept)));
             }
         }
         if (!file_.date) return;
@@ -86,7 +89,7 @@ class Comparison {
             if (!wanted) continue;
             const std::string name = fmt::format("unit {}", output);
             if (!device_.units) {
-                notKept(name, utf8FromDevice(*wanted));
+                notKept(name, printable(utf8FromDevice(*wanted)));
                 continue;
             }
             const bool inTable = findUnit(*wanted, charset::ascii).has_value();

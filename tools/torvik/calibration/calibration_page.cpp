@@ -11,6 +11,7 @@
 #include "json_text.h"
 #include "parameters/unit_names.h"
 #include "parameters/value.h"
+#include "printable_text.h"
 
 namespace torvik::tool {
 
@@ -104,7 +105,7 @@ std::string outputTable(const DeviceCalibration& calibration) {
     for (std::size_t output = 0; output < size.outputs; ++output) {
         const bool hasUnit = calibration.units && output < standardSize;
         fmt::format_to(std::back_inserter(table), "  {:<8}{:<10}{:>15}{}\n", output,
-                       hasUnit ? utf8FromDevice(calibration.unitText(output)) : "-",
+                       hasUnit ? printable(utf8FromDevice(calibration.unitText(output))) : "-",
                        singleText(calibration.maxima[output]),
                        columns(matrix.subspan(output * size.inputs, size.inputs)));
     }
@@ -163,7 +164,7 @@ std::string unitsText(const UnitTexts& units, std::size_t outputs) {
     std::string text;
     for (std::size_t output = 0; output < outputs; ++output) {
         const auto& unit = units.outputs[output];
-        text += (text.empty() ? "" : " ") + (unit ? utf8FromDevice(*unit) : "(as it was)");
+        text += (text.empty() ? "" : " ") + (unit ? printable(utf8FromDevice(*unit)) : "(as it was)");
     }
     return text;
 }
@@ -175,7 +176,7 @@ std::string calibrationPage(const DeviceCalibration& calibration) {
     Page page;
     page.add(slotText(calibration) + (isNeutral(calibration) ? ": no calibration, only the unit matrix\n" : "\n"));
     const bool unnamed = calibration.model && calibration.model->empty();
-    const std::string model = utf8FromDevice(calibration.model.value_or(std::string(notKept)));
+    const std::string model = printable(utf8FromDevice(calibration.model.value_or(std::string(notKept))));
     page.line("model name", unnamed ? none : model);
     page.line("serial number", fmt::format("{}", calibration.serial));
     const bool undated = calibration.date == CalibrationNumbers{};
@@ -223,7 +224,7 @@ std::string writtenLines(const CalibrationFile& file, std::uint32_t firmware) {
     Page page;
     page.line("serial number", fmt::format("{}", parseSerialText(file.serialText.data()).value_or(0)));
     if (file.model && firmware >= firmwareWithModelName)
-        page.line("model name", utf8FromDevice(file.model->substr(0, modelNameSize - 1)));
+        page.line("model name", printable(utf8FromDevice(file.model->substr(0, modelNameSize - 1))));
     if (file.date) page.line("date", dateText(*file.date));
     if (std::ranges::any_of(file.units.outputs, [](const auto& unit) { return unit.has_value(); }))
         page.line("units", unitsText(file.units, file.size.outputs));

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <future>
 
 #include "TORVIKstatistics.h"
@@ -25,6 +26,12 @@ std::uint64_t answersTaken(const Connection& connection) {
     statistics.size = sizeof statistics;
     TORVIKgetStatistics(connection.deviceNo(), &statistics);
     return statistics.answersTaken;
+}
+
+/// Over what the line on standard error showed before.
+void redrawLine(const std::string& line) {
+    std::fputs(("\r" + line).c_str(), stderr);
+    std::fflush(stderr);
 }
 
 }  // namespace
@@ -49,7 +56,7 @@ std::int32_t Progress::run(std::string_view what, std::size_t expected, const st
                                   .expected = expected,
                                   .elapsed = secondsSince(start),
                                   .complete = complete};
-        printMessage(fmt::format("\r{:<{}}{}", progressLine(what, state), lineWidth, complete ? "\n" : ""));
+        redrawLine(fmt::format("{:<{}}{}", progressLine(what, state), lineWidth, complete ? "\n" : ""));
     };
     auto result = std::async(std::launch::async, call);
     bool told = false;

@@ -55,7 +55,7 @@ std::optional<LibraryError> writePlace(const Connection& connection, const Param
     } catch (const Refused& refused) {
         if (!isAnswered(refused.error.code)) {
             throw refusalFailure(
-                fmt::format("setting {} to {}", describePlace(parameter, place), valueText(parameter.kind, value)),
+                fmt::format("setting {} to {}", describePlace(parameter, place), shownText(parameter.kind, value)),
                 refused.error);
         }
         return refused.error;

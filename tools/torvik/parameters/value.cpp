@@ -9,6 +9,7 @@
 
 #include "number_text.h"
 #include "parameters/unit_names.h"
+#include "printable_text.h"
 
 namespace torvik::tool {
 
@@ -98,6 +99,10 @@ std::string valueText(ValueKind kind, const Value& value) {
     const double number = std::get<double>(value);
     const bool isSingle = kind == ValueKind::single && fitsSingle(number) && keepsInSingle(number);
     return isSingle ? shortest(static_cast<float>(number)) : shortest(number);
+}
+
+std::string shownText(ValueKind kind, const Value& value) {
+    return printable(valueText(kind, value));
 }
 
 bool sameValue(ValueKind kind, const Value& left, const Value& right) {

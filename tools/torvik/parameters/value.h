@@ -33,6 +33,9 @@ std::optional<Value> parseValue(ValueKind kind, Limits limits, std::string_view 
 /// The value as `get` prints it and parseValue takes it.
 std::string valueText(ValueKind kind, const Value& value);
 
+/// The same in a line for people: a text of the device may be anything.
+std::string shownText(ValueKind kind, const Value& value);
+
 /// Whether a device that was sent one value and tells the other holds what it was sent.
 bool sameValue(ValueKind kind, const Value& left, const Value& right);
 
