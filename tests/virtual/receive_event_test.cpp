@@ -41,7 +41,10 @@ TEST_F(ReceiveNotification, AnswerWakes) {
     EXPECT_EQ(drain().size(), 1U);
 }
 
-TEST_F(ReceiveNotification, DueAnswerWakesAtItsTime) {
+// How much later than a sleep of the same length, begun right after it, answers wake their client: half of them at most
+// so much. On a busy machine a wake-up is either prompt or waits for a whole time slice, so that the medians of answers
+// and of sleeps differ by chance; the differences of neighbours lie around 0 however busy the machine is.
+std::chrono::microseconds medianLateness(const ReceiveEvent& event) {
     using std::chrono::microseconds;
     using std::chrono::steady_clock;
     constexpr microseconds delay{2'000};
@@ -49,24 +52,30 @@ TEST_F(ReceiveNotification, DueAnswerWakesAtItsTime) {
     const auto lateness = [&](steady_clock::time_point start) {
         return std::chrono::duration_cast<microseconds>(steady_clock::now() - start - delay);
     };
-    std::vector<microseconds> answers;
-    std::vector<microseconds> sleeps;
+    std::vector<microseconds> differences;
     for (int i = 0; i < 51; ++i) {
         CanMessage command = commandFrame({0x2B});
         auto start = steady_clock::now();
         CAN_Write(kUsb, &command);
-        ASSERT_TRUE(event.wait(kLongest));
+        EXPECT_TRUE(event.wait(kLongest));
         EXPECT_TRUE(readFrame()) << "woken before the frame was there";
-        answers.push_back(lateness(start));
+        const microseconds answer = lateness(start);
+        EXPECT_GE(answer, microseconds(-1));
         start = steady_clock::now();
         std::this_thread::sleep_for(delay);
-        sleeps.push_back(lateness(start));
+        differences.push_back(answer - lateness(start));
     }
-    std::ranges::sort(answers);
-    std::ranges::sort(sleeps);
-    EXPECT_GE(answers.front(), microseconds(-1));
-    // A busy machine is late with everything: a sleep of the same length is the measure.
-    EXPECT_LE(answers[answers.size() / 2], 3 * sleeps[sleeps.size() / 2] + kWakeTolerance);
+    std::ranges::sort(differences);
+    return differences[differences.size() / 2];
+}
+
+TEST_F(ReceiveNotification, DueAnswerWakesAtItsTime) {
+    // An adapter that is late is late in every round.
+    constexpr int rounds = 5;
+    std::chrono::microseconds least = std::chrono::microseconds::max();
+    for (int round = 0; round < rounds && least > kWakeTolerance; ++round)
+        least = std::min(least, medianLateness(event));
+    EXPECT_LE(least, kWakeTolerance);
 }
 
 TEST_F(ReceiveNotification, StreamIsReceivedByAWaiterAlone) {
