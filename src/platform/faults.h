@@ -10,6 +10,7 @@ enum class FaultPoint : std::uint8_t {
     mutexCreate,
     threadStart,
     allocation,
+    eventWait,
     fileOpen,
     fileRead,
     fileWrite,

@@ -1,6 +1,7 @@
 #include "faults/simulated_bus.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "can/receive_thread.h"
 #include "faults/failing_services.h"
@@ -26,6 +27,14 @@ constexpr std::uint32_t floatThousand = 0x447A0000;
 constexpr std::uint32_t floatTenth = 0x3DCCCCCD;
 
 thread_local bool pumping = false;
+
+constexpr std::uint8_t highByte(std::uint16_t number) {
+    return static_cast<std::uint8_t>(number >> 8);
+}
+
+constexpr std::uint8_t lowByte(std::uint16_t number) {
+    return static_cast<std::uint8_t>(number);
+}
 
 Bytes answer(std::initializer_list<std::uint8_t> data) {
     Bytes bytes{answerHeader, 0};
@@ -93,8 +102,29 @@ void SimulatedBus::restore(SimulatedClock& clock) {
     script_.clear();
     positions_.clear();
     sent_.clear();
+    onReceiveThread_ = false;
+    framesRead_ = 0;
     const std::scoped_lock lock(queueMutex_);
     queue_.clear();
+}
+
+void SimulatedBus::readOnReceiveThread() {
+    testThread_ = std::this_thread::get_id();
+    onReceiveThread_ = true;
+}
+
+void SimulatedBus::sendSet(std::int32_t deviceNo, std::uint16_t sequence, std::int16_t first) {
+    constexpr std::uint8_t int16Type = 0x10;
+    for (std::uint8_t channel = 0; channel < 6; ++channel) {
+        const auto value = static_cast<std::uint16_t>(first + channel);
+        put(valueIdOf(deviceNo),
+            {channel, int16Type, highByte(sequence), lowByte(sequence), highByte(value), lowByte(value)});
+    }
+}
+
+std::uint64_t SimulatedBus::framesRead() {
+    const std::scoped_lock lock(queueMutex_);
+    return framesRead_;
 }
 
 void SimulatedBus::script(std::span<const Answer> answers) {
@@ -123,6 +153,7 @@ void SimulatedBus::queueForeignAnswer() {
 }
 
 void SimulatedBus::pump() {
+    if (onReceiveThread_) return;
     pumping = true;
     drainReceiveQueue();
     pumping = false;
@@ -148,11 +179,27 @@ void SimulatedBus::failNoCall() {
 
 std::uint32_t SimulatedBus::call(Entry entry, std::uint8_t parameter) {
     const std::scoped_lock lock(queueMutex_);
+    if (onReceiveThread_ && std::this_thread::get_id() == testThread_) return pcan::ok;
     if (failing_) return failureStatus_;
     if (callsUntilFailure_ == 0 || --callsUntilFailure_ > 0) return pcan::ok;
     failing_ = fromThenOn_;
     failedCall_ = FailedCall{entry, position_, delivering_, parameter, !queue_.empty()};
     return failureStatus_;
+}
+
+// The adapter's signal: a descriptor that the library asks for, or an event that it brings.
+std::uint32_t SimulatedBus::getValue(std::uint8_t parameter, void* value) {
+    if (onReceiveThread_ && parameter == pcan::receiveEvent) {
+        const int descriptor = signal_.descriptor();
+        std::memcpy(value, &descriptor, sizeof descriptor);
+    }
+    return call(Entry::getValue, parameter);
+}
+
+std::uint32_t SimulatedBus::setValue(std::uint8_t parameter, std::uint64_t value) {
+    const std::uint32_t status = call(Entry::setValue, parameter);
+    if (onReceiveThread_ && parameter == pcan::receiveEvent && status == pcan::ok) signal_.useEvent(value);
+    return status;
 }
 
 std::uint32_t SimulatedBus::reset() {
@@ -165,14 +212,18 @@ std::uint32_t SimulatedBus::reset() {
 
 std::uint32_t SimulatedBus::read(PcanMessage& message) {
     // The library's own receive thread finds nothing: what it would do is done on the thread of the call.
-    if (!pumping) return pcan::queueEmpty;
+    if (!pumping && !onReceiveThread_) return pcan::queueEmpty;
     if (brokenDown_) return plan_.adapterStatus;
     if (const std::uint32_t status = call(Entry::read); status != pcan::ok) {
-        clock_->schedule(wakeUpInterval, [this] { pump(); });
+        if (!onReceiveThread_) clock_->schedule(wakeUpInterval, [this] { pump(); });
         return status;
     }
     const std::scoped_lock lock(queueMutex_);
-    if (queue_.empty()) return pcan::queueEmpty;
+    if (queue_.empty()) {
+        signal_.clear();
+        return pcan::queueEmpty;
+    }
+    ++framesRead_;
     message.id = queue_.front().identifier;
     message.length = 8;
     message.data = queue_.front().data;
@@ -295,6 +346,7 @@ void SimulatedBus::put(std::uint32_t identifier, const Bytes& data) {
     if (identifier == answerIdOf(1)) lastAnswer_ = data;
     const std::scoped_lock lock(queueMutex_);
     queue_.push_back({identifier, data});
+    if (onReceiveThread_) signal_.give();
 }
 
 void SimulatedBus::breakDown() {
@@ -330,10 +382,10 @@ class BusCall : public test::AdapterDefaults {
     std::uint32_t write(const PcanMessage& message) { return bus_.write(message); }
     std::uint32_t getValue(std::uint8_t parameter, void* value, std::uint32_t size) {
         AdapterDefaults::getValue(parameter, value, size);
-        return bus_.call(Entry::getValue, parameter);
+        return bus_.getValue(parameter, value);
     }
     std::uint32_t setValue(const test::AdapterSetting& setting) {
-        return bus_.call(Entry::setValue, setting.parameter);
+        return bus_.setValue(setting.parameter, setting.value);
     }
 
   private:

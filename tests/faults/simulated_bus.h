@@ -1,6 +1,7 @@
 // An adapter library inside the test program with three devices on its bus. Linking it takes the place of loading one.
 // A device answers within the writing of the command, on the caller's own thread, through the library's real receive
-// path; together with the simulated clock the same calls meet the same faults every time.
+// path; together with the simulated clock the same calls meet the same faults every time. Or the library's own receive
+// thread reads, and real time passes.
 #pragma once
 
 #include <array>
@@ -12,8 +13,10 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <thread>
 #include <vector>
 
+#include "arrival_signal.h"
 #include "can/pcan_api.h"
 #include "faults/fault_plan.h"
 #include "faults/simulated_clock.h"
@@ -87,7 +90,17 @@ class SimulatedBus {
     // Lets the library read what is there, as its receive thread does when it is woken.
     void pump();
 
-    // The n-th adapter call (1 the first) fails with this status, or all from it on.
+    // Until the next restoring the library's own receive thread reads what comes, woken by the adapter's signal.
+    void readOnReceiveThread();
+
+    // A complete set of a device's values: each channel's is its index, counted from `first`.
+    void sendSet(std::int32_t deviceNo, std::uint16_t sequence, std::int16_t first);
+
+    // Frames that the library has taken since the restoring.
+    std::uint64_t framesRead();
+
+    // The n-th adapter call (1 the first) fails with this status, or all from it on. Once the receive thread reads,
+    // only its own calls count.
     void failCall(std::uint32_t nth, bool fromThenOn, std::uint32_t status);
     void failNoCall();
     std::optional<FailedCall> failedCall() const { return failedCall_; }
@@ -102,6 +115,8 @@ class SimulatedBus {
     const Bytes& misdirectedAnswer() const { return misdirectedAnswer_; }
 
     // The adapter's functions.
+    std::uint32_t getValue(std::uint8_t parameter, void* value);
+    std::uint32_t setValue(std::uint8_t parameter, std::uint64_t value);
     std::uint32_t call(Entry entry, std::uint8_t parameter = 0);
     bool findsLibrary() { return call(Entry::library) == pcan::ok; }
     std::uint32_t reset();
@@ -137,6 +152,11 @@ class SimulatedBus {
     Bytes lastAnswer_{};
     Bytes misdirectedAnswer_{};
     Bytes shifted_{};
+
+    proof::ArrivalSignal signal_;
+    bool onReceiveThread_ = false;
+    std::thread::id testThread_;
+    std::uint64_t framesRead_ = 0;
 
     std::mutex queueMutex_;
     std::deque<Frame> queue_;

@@ -30,9 +30,10 @@ void ReceiveEvent::wait(std::chrono::milliseconds limit, bool adapterToo) {
     const auto wakeDescriptor = static_cast<int>(handle_.load(std::memory_order_acquire));
     const int adapter = adapterToo ? adapterDescriptor_.load(std::memory_order_acquire) : -1;
     std::array<pollfd, 2> waited = {pollfd{wakeDescriptor, POLLIN, 0}, pollfd{adapter, POLLIN, 0}};
-    const int ready = poll(waited.data(), waited.size(), static_cast<int>(limit.count()));
+    const bool injected = injectedFault(FaultPoint::eventWait) != 0;
+    const int ready = injected ? -1 : poll(waited.data(), waited.size(), static_cast<int>(limit.count()));
     // What cannot be waited for must not turn the receive thread into a busy loop.
-    const bool failed = ready < 0 ? errno != EINTR : (waited[0].revents & POLLNVAL) != 0;
+    const bool failed = injected || (ready < 0 ? errno != EINTR : (waited[0].revents & POLLNVAL) != 0);
     if (failed) usleep(static_cast<useconds_t>(limit.count() * 1000));
     if (ready <= 0) return;
     if ((waited[0].revents & POLLIN) != 0) {

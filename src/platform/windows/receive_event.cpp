@@ -27,9 +27,11 @@ void ReceiveEvent::close() {
 
 void ReceiveEvent::wait(std::chrono::milliseconds limit, bool /*adapterToo*/) {
     const auto milliseconds = static_cast<DWORD>(limit.count());
+    const bool failed =
+        injectedFault(FaultPoint::eventWait) != 0 ||
+        WaitForSingleObject(asHandle(handle_.load(std::memory_order_acquire)), milliseconds) == WAIT_FAILED;
     // What cannot be waited for must not turn the receive thread into a busy loop.
-    if (WaitForSingleObject(asHandle(handle_.load(std::memory_order_acquire)), milliseconds) == WAIT_FAILED)
-        Sleep(milliseconds);
+    if (failed) Sleep(milliseconds);
 }
 
 void ReceiveEvent::wake() {
