@@ -16,6 +16,8 @@ all_proofs() {
     proof hostile-frames-tsan tsan hostile_frames without_randomised_addresses \
         tests/proof/frames/hostile_frames --frames 100000000 --seed 2
     proof every-fault linux every_fault_test over_seeds 100 tests/faults/every_fault_test --gtest_brief=1
+    proof every-fault-all-makes linux every_fault_test env TORVIK_FAULT_MAKES=all \
+        tests/faults/every_fault_test --gtest_brief=1
     proof failure-sweep linux failure_sweep_test tests/faults/failure_sweep_test --gtest_brief=1
     proof frozen linux frozen_reader "$python" "$root/tests/proof/frozen_test.py" tests/proof/frozen_reader 20
     proof chaos linux chaos tests/proof/chaos/chaos 10000000
