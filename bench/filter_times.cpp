@@ -89,7 +89,7 @@ bool writing(std::istream& order) {
     std::vector<Row> rows;
     if (!readRows(name, rows) || std::remove(name.c_str()) != 0) return false;
     const auto begun = Clock::now();
-    torvik::ResponseFile file(name.c_str());
+    torvik::ResponseFile file(name.c_str(), {});
     file.writeHeading("Frequency", filter, 0, fs);
     file.writeWords("f [Hz]\tAmplitude [dB]\n");
     for (const Row& row : rows)
