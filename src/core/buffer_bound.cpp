@@ -17,7 +17,7 @@ bool fits(const ValueBuffer& buffer, std::int32_t length) {
 // Brings the unread values to the end of a ring, the newest last. Result: how many there are, at most `count`.
 std::int32_t gatherUnread(ValueBuffer& buffer, std::int32_t length) {
     const auto slots = std::span(buffer.entries.get(), static_cast<std::size_t>(length));
-    const bool inStep = buffer.inStep();
+    const bool inStep = buffer.inStep(length);
     // From the write position on the slots are in order of arrival.
     std::rotate(slots.begin(), slots.begin() + buffer.writeIndex % length, slots.end());
     if (inStep) return buffer.count;

@@ -41,10 +41,9 @@ struct ValueBuffer {
     std::int32_t length() const { return lengthWithin(libraryState.valueBufferLength.load(std::memory_order_relaxed)); }
     std::int32_t lengthWithin(std::int32_t bound) const { return entries ? std::min(bound, allocated) : bound; }
 
-    // False after an overflow: the unread values are not those from the read to the write position.
-    bool inStep() const {
+    // False after an overflow: the unread values are not those from the read to the write position of this ring.
+    bool inStep(std::int32_t ring) const {
         const std::int32_t lead = readIndex + count - writeIndex;
-        const std::int32_t ring = length();
         return lead == 0 || lead == ring || lead == -ring || lead == 2 * ring;
     }
 };

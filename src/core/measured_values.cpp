@@ -36,9 +36,10 @@ void markAsRead(std::span<ValueEntry> entries) {
 }
 
 const ValueEntry& takeEntry(ValueBuffer& buffer) {
-    if (buffer.readIndex >= buffer.length()) buffer.readIndex = 0;
+    const std::int32_t length = buffer.length();
+    if (buffer.readIndex >= length) buffer.readIndex = 0;
     ValueEntry& entry = buffer.entries[static_cast<std::size_t>(buffer.readIndex)];
-    if (!buffer.inStep()) [[unlikely]]
+    if (!buffer.inStep(length)) [[unlikely]]
         entry.read = true;
     ++buffer.readIndex;
     --buffer.count;
@@ -51,7 +52,7 @@ std::span<const ValueEntry> takeRun(ValueBuffer& buffer, std::size_t wanted) {
     if (buffer.readIndex >= length) buffer.readIndex = 0;
     const auto run = std::min(static_cast<std::size_t>(length - buffer.readIndex), wanted);
     const std::span entries(&buffer.entries[static_cast<std::size_t>(buffer.readIndex)], run);
-    if (!buffer.inStep()) [[unlikely]]
+    if (!buffer.inStep(length)) [[unlikely]]
         markAsRead(entries);
     buffer.readIndex += static_cast<std::int32_t>(run);
     buffer.count -= static_cast<std::int32_t>(run);
