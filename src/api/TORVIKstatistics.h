@@ -32,7 +32,8 @@ typedef struct TORVIKstatistics {
     uint64_t framesRouted;           /* its answer or value identifier, while it was active */
     uint64_t framesStored;           /* value stored in a complete set */
     uint64_t answersStored;          /* put into the answer ring */
-    uint64_t answersNotStored;       /* dropped: the answers were locked for 10000 ms */
+    uint64_t answersNotStored;       /* dropped: the answers were locked for 10000 ms, or the device was activated anew
+                                        between routing and storing */
     uint64_t commandFrames;          /* dropped: first data byte 0x80..0xFF */
     uint64_t framesWrongChannel;     /* dropped: channel index 8..15 */
     uint64_t framesNoChannelCount;   /* dropped: the number of channels is not known yet, or is not 1..8 */

@@ -75,32 +75,42 @@ void printAnswer(const PcanMessage& message) {
                data[3], data[4], data[5], data[6], data[7]);
 }
 
-void routeAnswer(DeviceRecord& record, const PcanMessage& message, const PcanTimestamp& timestamp) {
-    if (!storeAnswer(record, AnswerSlot{message.data, std::bit_cast<std::uint64_t>(timestamp)})) {
+// A device and the set-up of it that a frame was meant for.
+struct Receiver {
+    DeviceRecord* record = nullptr;
+    std::uint32_t setUpCount = 0;
+};
+
+void routeAnswer(const Receiver& receiver, const PcanMessage& message, const PcanTimestamp& timestamp) {
+    DeviceRecord& record = *receiver.record;
+    if (!storeAnswer(record, receiver.setUpCount, {message.data, std::bit_cast<std::uint64_t>(timestamp)})) {
         return record.frames.end(FrameEnd::answerNotStored);
     }
     if (libraryState.debugOutput) printAnswer(message);
 }
 
-// Null: the frame has been counted as one that belongs to no device.
-DeviceRecord* receiverOf(const PcanMessage& message) {
+// Without a record: the frame has been counted as one that belongs to no device.
+Receiver receiverOf(const PcanMessage& message) {
     if (!answerMutex.lockFor(mutexLimit)) {
         adapterCounters.notRouted.add();
-        return nullptr;
+        return {};
     }
     platform::TimedLock lock(answerMutex);
-    DeviceRecord* const receiver = findReceiver(message.id);
-    if (receiver == nullptr) adapterCounters.withoutDevice.add();
-    return receiver;
+    DeviceRecord* const record = findReceiver(message.id);
+    if (record == nullptr) {
+        adapterCounters.withoutDevice.add();
+        return {};
+    }
+    return {record, record->setUpCount.load(std::memory_order_relaxed)};
 }
 
-void routeFrame(DeviceRecord& record, const PcanMessage& message, const PcanTimestamp& timestamp) {
+void routeFrame(const Receiver& receiver, const PcanMessage& message, const PcanTimestamp& timestamp) {
     if (message.data[0] < 0x40) {
-        assembleValueFrame(record, message.data);
+        assembleValueFrame(*receiver.record, message.data);
     } else if (message.data[0] < 0x80) {
-        routeAnswer(record, message, timestamp);
+        routeAnswer(receiver, message, timestamp);
     } else {
-        record.frames.end(FrameEnd::command);
+        receiver.record->frames.end(FrameEnd::command);
     }
 }
 
@@ -129,10 +139,10 @@ PassResult drainPass(std::uint32_t thread) {
         }
         adapterCounters.received.set(++received);
         result.anyFrame = true;
-        DeviceRecord* const receiver = receiverOf(message);
-        if (receiver == nullptr) continue;
-        lastReceiver = receiver;
-        routeFrame(*receiver, message, timestamp);
+        const Receiver receiver = receiverOf(message);
+        if (receiver.record == nullptr) continue;
+        lastReceiver = receiver.record;
+        routeFrame(receiver, message, timestamp);
     }
     return result;
 }

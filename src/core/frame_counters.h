@@ -24,7 +24,7 @@ class Counter {
 enum class FrameEnd : std::uint8_t {
     stored,           // its value stands in a complete set
     answerStored,     // put into the answer ring
-    answerNotStored,  // the answers were locked for 10000 ms
+    answerNotStored,  // the answers were locked for 10000 ms, or its device was activated anew meanwhile
     command,          // first data byte 0x80 or more
     wrongChannel,     // channel index 8..15
     noChannelCount,   // the number of channels is not known yet, or is not 1..8

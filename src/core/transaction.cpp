@@ -164,10 +164,11 @@ void wakeCalls(DeviceRecord& record) {
     record.answerArrived.notifyAll();
 }
 
-bool storeAnswer(DeviceRecord& record, const AnswerSlot& answer) {
+bool storeAnswer(DeviceRecord& record, std::uint32_t setUpCount, const AnswerSlot& answer) {
     if (!answerMutex.lockFor(mutexLimit)) return false;
     {
         platform::TimedLock lock(answerMutex);
+        if (record.setUpCount != setUpCount) return false;
         if (record.answerWriteIndex >= answerSlots) record.answerWriteIndex = 0;
         record.answerRing[record.answerWriteIndex] = answer;
         ++record.answerWriteIndex;

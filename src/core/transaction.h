@@ -48,8 +48,9 @@ bool pauseCall(DeviceRecord& record, std::chrono::milliseconds duration);
 // Lets every call that waits inside the record look at its gate again.
 void wakeCalls(DeviceRecord& record);
 
-// Appends an answer to the record's ring, counts it and wakes the call that waits for it. False: answerMutex not
-// obtained; nothing is counted then. Called by the receive thread only.
-bool storeAnswer(DeviceRecord& record, const AnswerSlot& answer);
+// Appends an answer that came for this set-up of the record to its ring, counts it and wakes the call that waits for
+// it. False: answerMutex not obtained, or the record has been set up anew; nothing is counted then. Called by the
+// receive thread only.
+bool storeAnswer(DeviceRecord& record, std::uint32_t setUpCount, const AnswerSlot& answer);
 
 }  // namespace torvik

@@ -47,7 +47,7 @@ class FrameCountersTest : public RecordTest {
 
     void takeAnswers(int count) {
         for (int i = 0; i < count; ++i, ++taken_)
-            ASSERT_TRUE(storeAnswer(record, {}));
+            ASSERT_TRUE(storeAnswer(record, record.setUpCount, {}));
     }
 
     static FrameCounts read() { return deviceRecord(deviceNo).frames.read(deviceRecord(deviceNo).staged); }
@@ -199,6 +199,15 @@ TEST_F(FrameCountersTest, CountsAnswers) {
     takeAnswers(3);
     expectEnds({{FrameEnd::answerStored, 3}});
     EXPECT_EQ(since(&FrameCounts::answersOverwritten), 0U);
+}
+
+TEST_F(FrameCountersTest, AnswerOfAnEarlierSetUp_IsNeitherStoredNorCountedAsStored) {
+    const std::uint32_t earlier = record.setUpCount;
+    ASSERT_TRUE(zeroRecord(record));
+    amplifier(3);
+    EXPECT_FALSE(storeAnswer(record, earlier, {}));
+    EXPECT_EQ(record.answerCount, 0U);
+    expectEnds({});
 }
 
 TEST_F(FrameCountersTest, CountsAnswersThatReplaceUntakenOnes) {

@@ -55,7 +55,7 @@ TEST_F(TimeLimit, BusyDeviceIsWaitedForFourSeconds) {
 }
 
 TEST_F(TimeLimit, AnswerMutexIsWaitedForTenSeconds) {
-    ASSERT_TRUE(storeAnswer(record, {}));
+    ASSERT_TRUE(storeAnswer(record, record.setUpCount, {}));
     const test::HeldElsewhere held(answerMutex);
     expectAbout(timeOf([] { EXPECT_EQ(receive(), 212); }), 10000ms);
     EXPECT_EQ(record.lastError, 212u);

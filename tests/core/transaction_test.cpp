@@ -43,7 +43,7 @@ class Transaction : public RecordTest {
     std::int32_t receive() { return receiveAnswer(deviceNo, answer.data(), &dataLength); }
 
     bool arrive(std::uint8_t status, std::uint8_t mark = 0) {
-        return storeAnswer(record, {.data = {0x40, status, mark}, .timestamp = 0});
+        return storeAnswer(record, record.setUpCount, {.data = {0x40, status, mark}, .timestamp = 0});
     }
 
     static std::size_t framesWritten() { return FakeAdapter::instance().written().size(); }
@@ -80,7 +80,7 @@ TEST_F(Transaction, HoldsTheBusyLockUntilTheAnswerIsTaken) {
 }
 
 TEST_F(Transaction, TakesTheWholeAnswer) {
-    ASSERT_TRUE(storeAnswer(record, {.data = {0x47, 1, 2, 3, 4, 5, 6, 7}, .timestamp = 0}));
+    ASSERT_TRUE(storeAnswer(record, record.setUpCount, {.data = {0x47, 1, 2, 3, 4, 5, 6, 7}, .timestamp = 0}));
     EXPECT_EQ(receive(), 0);
     EXPECT_THAT(answer, testing::ElementsAre(0x47, 1, 2, 3, 4, 5, 6, 7));
     EXPECT_EQ(dataLength, 6);
@@ -384,7 +384,7 @@ TEST_F(Transaction, ReplacesTheReasonWhereAnAcknowledgementDoesNotCome) {
 }
 
 TEST_F(Transaction, AsksAndGivesTheAnswer) {
-    ASSERT_TRUE(storeAnswer(record, {.data = {0x40, 0, 0, 4, 0, 1}, .timestamp = 0}));
+    ASSERT_TRUE(storeAnswer(record, record.setUpCount, {.data = {0x40, 0, 0, 4, 0, 1}, .timestamp = 0}));
     const std::optional<AnswerView> version = ask(deviceNo, Command::firmwareVersion, {});
     ASSERT_TRUE(version.has_value());
     EXPECT_EQ(version->u32(), 0x00040001U);

@@ -55,7 +55,7 @@ void ScriptedDevice::react(const PcanMessage& message) {
     const auto command = static_cast<Command>(message.data[1]);
     asked_.push_back(command);
     if (const auto found = answers_.find(command); found != answers_.end()) {
-        EXPECT_TRUE(storeAnswer(record, AnswerSlot{found->second, 0}));
+        EXPECT_TRUE(storeAnswer(record, record.setUpCount, AnswerSlot{found->second, 0}));
     }
     if (const auto found = actions_.find(command); found != actions_.end()) found->second();
 }
