@@ -46,13 +46,15 @@ std::string printable(std::string_view text) {
     return shown;
 }
 
-// Finds what would make toml++ go too deep. It need not understand TOML: in a text that is none, it may find a limit
-// exceeded where toml++ would find something else, but it never sees less depth than toml++ reaches.
+// Finds what would make toml++ go too deep or astray. It need not understand TOML: in a text that is none, it may find
+// a limit exceeded where toml++ would find something else, but it never sees less depth than toml++ reaches.
 class LimitCheck {
   public:
     explicit LimitCheck(std::string_view text) : text_(text) {}
 
     void run() {
+        constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+        if (text_.starts_with(byteOrderMark)) at_ = byteOrderMark.size();
         while (at_ < text_.size())
             step();
     }
@@ -116,8 +118,10 @@ class LimitCheck {
 
     void bare() {
         const std::size_t begin = at_;
-        while (at_ < text_.size() && !endsBare(text_[at_]))
-            ++at_;
+        for (; at_ < text_.size() && !endsBare(text_[at_]); ++at_) {
+            // No TOML, and some letters lead toml++ 3.3 to code that it takes for unreachable.
+            if (static_cast<unsigned char>(text_[at_]) >= 0x80) fail("characters beyond ASCII need quotes");
+        }
         checkLength(begin, at_ - begin);
     }
 

@@ -68,6 +68,15 @@ TEST(BenchText, LongKey_IsRejectedWithItsPlace) {
     EXPECT_EQ(messageFor(repeated("k", 128) + " = 1\n"), "bench:1:132: unknown key \"" + repeated("k", 128) + "\"");
 }
 
+TEST(BenchText, LettersBeyondAsciiOutsideQuotes_AreRejectedWithTheirPlace) {
+    const std::string reason = ": characters beyond ASCII need quotes";
+    EXPECT_EQ(messageFor("\n[[amplifier\xD2\x89]]\n"), "bench:2:12" + reason);
+    EXPECT_EQ(messageFor("a\xC3\xA9 = 1\n"), "bench:1:2" + reason);
+    EXPECT_EQ(messageFor("a = \xF3\xA0\x84\x80\n"), "bench:1:5" + reason);
+    EXPECT_EQ(messageFor("\"\xC3\xA9\" = 1\n"), "bench:1:7: unknown key \"\xC3\xA9\"");
+    EXPECT_EQ(messageFor("\xEF\xBB\xBF# \xC3\xA9\n[[amplifier]]\n"), "understood");
+}
+
 // Dots, brackets and long words inside values and comments are no structure.
 TEST(BenchText, LongTextsInValuesAndComments_AreUnderstood) {
     const std::string many = repeated("a.[{", 100);
