@@ -2,10 +2,9 @@
 """Compares what the program `transcript` wrote on Linux and on Windows.
 
 compare_transcripts.py LINUX_FOLDER WINDOWS_FOLDER EXPORTS.def: the transcripts are equal line by line and name every
-export; the response files and the texts of the tool are equal line by line, except that the last printed digit of a
-number may differ by one. Line ends are the systems' own; the tool's are everywhere the same.
+export; the response files and the texts of the tool are equal line by line. Line ends are the systems' own; the tool's are
+everywhere the same.
 """
-import decimal
 import pathlib
 import re
 import sys
@@ -29,35 +28,15 @@ def lines_of(path, line_end):
     return content.replace(line_end, b"\n").decode("latin-1").split("\n")
 
 
-def nearly_equal(left, right):
-    """Two printed numbers whose last digits differ by one at most."""
-    try:
-        numbers = decimal.Decimal(left), decimal.Decimal(right)
-    except decimal.InvalidOperation:
-        return False
-    exponents = [number.as_tuple().exponent for number in numbers]
-    if not all(isinstance(exponent, int) for exponent in exponents):
-        return False
-    return abs(numbers[0] - numbers[1]) <= decimal.Decimal((0, (1,), max(exponents)))
-
-
-def similar(left, right):
-    """Two lines that are equal but for the last digits of their numbers."""
-    left_words, right_words = (re.split(r"([\t ])", line) for line in (left, right))
-    return len(left_words) == len(right_words) and all(
-        one == other or nearly_equal(one, other) for one, other in zip(left_words, right_words))
-
-
-def compare_file(linux, windows, accept):
-    """The number of lines, and of those that are not the same but accepted."""
+def compare_file(linux, windows):
+    """The number of lines, each of which is the same in both files."""
     of_tool = linux.name.startswith(TOOL_PREFIX)
     left, right = lines_of(linux, b"\n"), lines_of(windows, b"\n" if of_tool else b"\r\n")
     different = [(number, pair) for number, pair in enumerate(zip(left, right), 1) if pair[0] != pair[1]]
-    refused = [(number, pair) for number, pair in different if not accept(*pair)]
-    if refused or len(left) != len(right):
-        shown = "".join(f"\n  {number}: {one}\n  {number}: {other}" for number, (one, other) in refused[:SHOWN_AT_MOST])
-        raise Difference(f"{linux.name}: {len(refused)} lines differ, {len(left)} and {len(right)} lines{shown}")
-    return len(left) - 1, len(different)
+    if different or len(left) != len(right):
+        shown = "".join(f"\n  {number}: {one}\n  {number}: {other}" for number, (one, other) in different[:SHOWN_AT_MOST])
+        raise Difference(f"{linux.name}: {len(different)} lines differ, {len(left)} and {len(right)} lines{shown}")
+    return len(left) - 1
 
 
 def check_coverage(transcript, definition):
@@ -80,12 +59,11 @@ def compare(linux, windows, definition):
     texts = [name for name in names[0] if name != TRANSCRIPT]
     if all(name.startswith(TOOL_PREFIX) for name in texts):
         raise Difference("no response files")
-    compare_file(linux / TRANSCRIPT, windows / TRANSCRIPT, lambda one, other: False)
+    compare_file(linux / TRANSCRIPT, windows / TRANSCRIPT)
     exports, (calls, frames, numbers) = check_coverage((linux / TRANSCRIPT).read_text("latin-1"), definition)
-    counts = [compare_file(linux / name, windows / name, similar) for name in texts]
-    lines, in_last_digit = (sum(column) for column in zip(*counts))
+    lines = sum(compare_file(linux / name, windows / name) for name in texts)
     return (f"{calls} calls of {exports} exports: {frames} frames and {numbers} floating-point numbers identical; "
-            f"{len(texts)} other texts of {lines} lines equal, {in_last_digit} lines but for a last digit")
+            f"{len(texts)} other texts of {lines} lines identical")
 
 
 def main():
