@@ -4,7 +4,8 @@
 #
 #   scripts/compare-systems.sh [--builds LINUX_FOLDER WINDOWS_FOLDER] [SIZE [SEED]]
 #
-# SIZE: how many random calls, 10 usually. Without --builds both are built first.
+# SIZE: how many random calls, 10 by default. SEED: TORVIK_SEED by default, or another one each time. Without --builds
+# both are built first.
 set -eu -o pipefail
 . "$(dirname "$0")/lib.sh"
 
@@ -16,7 +17,8 @@ else
     build linux transcript torvik_tool >&2
     build windows transcript torvik_tool >&2
 fi
-size=${1:-10} seed=${2:-1}
+size=${1:-10} seed=${2:-$(new_seed)}
+echo "TORVIK_SEED=$seed replays these calls"
 results=$root/build/transcripts
 rm -rf "$results"
 mkdir -p "$results/linux" "$results/windows"

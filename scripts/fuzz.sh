@@ -8,6 +8,8 @@ set -eu -o pipefail
 runs=${1:-200000}
 [[ $runs =~ ^[1-9][0-9]*$ ]] || { sed -n '2,/^set/{/^set/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2; }
 
+seed=$(new_seed)
+echo "TORVIK_SEED=$seed replays these inputs"
 directory=$root/build/fuzz
 samples=$root/examples/calibration
 cmake -S "$root" -B "$directory" -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
@@ -33,7 +35,7 @@ for name in ucf_parser calibration_file bench_file; do
     # Each of these runs the amplifiers that it describes.
     [ "$name" != bench_file ] || dictionary=bench inputs=$(((runs + 9) / 10))
     say "$name: $inputs inputs"
-    "$directory/fuzz/${name}_fuzz" -runs="$inputs" -seed=1 -max_len=4096 -timeout=10 -print_final_stats=1 -verbosity=1 \
+    "$directory/fuzz/${name}_fuzz" -runs="$inputs" -seed="$seed" -max_len=4096 -timeout=10 -print_final_stats=1 -verbosity=1 \
         -dict="$root/fuzz/$dictionary.dict" -artifact_prefix="$directory/" \
         "$directory/corpus/$name" 2>&1 | grep -vE '^#[0-9]+\s+(NEW|REDUCE|pulse)' | tail -n 40
 done

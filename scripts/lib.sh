@@ -25,6 +25,9 @@ packages_to_test=(
 
 say() { printf "\n== %s\n" "$*"; }
 
+# The seed of random inputs: another one for each run, unless TORVIK_SEED replays one.
+new_seed() { echo "${TORVIK_SEED:-$SRANDOM}"; }
+
 is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
 
 # install_missing PACKAGE...: installs those that are not there yet; needs root or sudo only then.

@@ -62,7 +62,7 @@ over_seeds() {
     local last=$1 seed
     shift
     for seed in $(seq "$last"); do
-        TORVIK_FAULT_SEED=$seed "$@" || return 1
+        TORVIK_SEED=$seed "$@" || return 1
     done
 }
 

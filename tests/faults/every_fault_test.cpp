@@ -1,7 +1,7 @@
 // Every export meets every fault at every frame of its exchange, and does what the rules say each time: result, code,
 // time, frames, no lock left behind, nothing noticed by other devices.
 //
-// The order of the cases, the delays and the device's codes come from a seed; TORVIK_FAULT_SEED replays one.
+// The order of the cases, the delays and the device's codes come from the seed.
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "faults/fault_bench.h"
+#include "support/seed.h"
 
 namespace torvik::test {
 namespace {
@@ -24,14 +25,6 @@ constexpr std::uint32_t adapterStatuses[] = {0x1,    0x2,    0x4,     0x8,     0
 constexpr std::uint32_t busOffStatus = 0x10;
 constexpr std::uint32_t goneStatuses[] = {0x1400, 0x200, 0x4000000};
 constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
-
-std::uint32_t seed() {
-    static const std::uint32_t number = [] {
-        const char* const text = std::getenv("TORVIK_FAULT_SEED");
-        return text == nullptr ? 1U : static_cast<std::uint32_t>(std::strtoul(text, nullptr, 10));
-    }();
-    return number;
-}
 
 struct Figures {
     std::uint64_t cases = 0;
@@ -70,13 +63,13 @@ std::string describe(const FaultPlan& plan) {
     std::ostringstream text;
     text << names[static_cast<std::size_t>(plan.fault)] << " at position " << plan.position << ", delay "
          << plan.delay.count() << " ms, device status 0x" << std::hex << +plan.deviceStatus << ", adapter status 0x"
-         << plan.adapterStatus << (plan.releaseAll ? ", of all" : "") << std::dec << "; TORVIK_FAULT_SEED=" << seed();
+         << plan.adapterStatus << (plan.releaseAll ? ", of all" : "") << std::dec << "; " << replay();
     return text.str();
 }
 
 class Random {
   public:
-    explicit Random(const std::string& name) : engine_(seed() ^ static_cast<std::uint32_t>(hashOf(name))) {}
+    explicit Random(const std::string& name) : engine_(static_cast<std::uint32_t>(seed() ^ hashOf(name))) {}
 
     std::uint32_t between(std::uint32_t first, std::uint32_t last) {
         return first + static_cast<std::uint32_t>(engine_() % (last - first + 1));

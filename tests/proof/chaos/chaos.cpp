@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -19,6 +18,7 @@
 #include "random_call.h"
 #include "run.h"
 #include "support/loaded_library.h"
+#include "support/seed.h"
 
 namespace {
 
@@ -89,7 +89,7 @@ int main(int argumentCount, char** arguments) try {
         return 2;
     }
     const std::uint64_t calls = std::stoull(arguments[1]);
-    const std::uint64_t seed = argumentCount > 2 ? std::stoull(arguments[2]) : std::random_device()();
+    const std::uint64_t seed = argumentCount > 2 ? std::stoull(arguments[2]) : torvik::test::seed();
     std::printf("chaos: seed %llu\n", static_cast<unsigned long long>(seed));
     const auto begun = std::chrono::steady_clock::now();
     Run run(seed, spoilFrom(argumentCount, arguments));

@@ -17,6 +17,7 @@
 #include "process_state.h"
 #include "support/loaded_library.h"
 #include "support/program.h"
+#include "support/seed.h"
 #include "virtual_control.h"
 
 namespace {
@@ -24,6 +25,8 @@ namespace {
 using torvik::proof::ProcessState;
 using torvik::test::exitCodeOf;
 using torvik::test::LoadedLibrary;
+using torvik::test::replay;
+using torvik::test::seed;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
@@ -250,9 +253,12 @@ TEST(Cycles, ProgramsThatEndAtAnyInstantEndWithTheirOwnExitCode) {
     const auto begun = Clock::now();
     int done = 0;
     for (; done < exits && !HasFailure(); ++done) {
-        const int code = done % 200;
-        const std::string command = TORVIK_RANDOM_EXIT_PROGRAM " " + std::to_string(done);
-        const auto program = [&] { ASSERT_EQ(exitCodeOf(command), code) << "seed " << done; };
+        const std::uint64_t programSeed = seed() + static_cast<std::uint64_t>(done);
+        const int code = static_cast<int>(programSeed % 200);
+        const std::string command = TORVIK_RANDOM_EXIT_PROGRAM " " + std::to_string(programSeed);
+        const auto program = [&] {
+            ASSERT_EQ(exitCodeOf(command), code) << "program with seed " << programSeed << "; " << replay();
+        };
         steps.run("program", program, limit);
     }
     const std::chrono::duration<double> took = Clock::now() - begun;

@@ -67,7 +67,7 @@ void restart(unsigned) {
 
 int main(int argumentCount, char** arguments) {
     if (argumentCount < 2) return 0;
-    const auto seed = std::stoul(arguments[1]);
+    const auto seed = std::stoull(arguments[1]);
     std::mt19937 random(static_cast<std::mt19937::result_type>(seed));
     if (virtualConfigure("[[amplifier]]\ncopies = 3\nfrequency = 1000\n") != 0) return noDevices;
     for (void (*call)(unsigned) : {stream, ask, openAndClose, restart})

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -18,6 +19,7 @@
 #include "frame_law.h"
 #include "hostile_stream.h"
 #include "silenced_output.h"
+#include "support/seed.h"
 #include "value_stream.h"
 
 namespace torvik::proof {
@@ -279,12 +281,13 @@ int run(std::uint64_t seed, std::uint64_t frames) {
 int main(int argc, char** argv) {
     CLI::App app("Sends hostile frames through the library, and a healthy device's in between.");
     std::uint64_t frames = 10'000'000;
-    std::uint64_t seed = 1;
+    std::optional<std::uint64_t> seed;
     app.add_option("--frames", frames, "How many")->check(CLI::PositiveNumber);
-    app.add_option("--seed", seed, "The same seed gives the same frames");
+    app.add_option("--seed", seed,
+                   "The same seed gives the same frames; default: TORVIK_SEED, or another one each time");
     CLI11_PARSE(app, argc, argv);
     try {
-        return torvik::proof::run(seed, frames);
+        return torvik::proof::run(seed ? *seed : torvik::test::seed(), frames);
     } catch (const std::exception& exception) {
         std::fprintf(stderr, "not run: %s\n", exception.what());
         return 2;
