@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <map>
 #include <memory>
 #include <random>
@@ -15,6 +14,7 @@
 #include "core/set_assembly.h"
 #include "support/held_elsewhere.h"
 #include "support/record_test.h"
+#include "support/seed.h"
 #include "support/test_clock.h"
 
 namespace torvik {
@@ -352,10 +352,8 @@ class RandomBounds : public BufferBound, public testing::WithParamInterface<std:
 };
 
 TEST_P(RandomBounds, EveryValueComesAsTheModelSays) {
-    const char* const asked = std::getenv("TORVIK_SEED");
-    const auto seed = asked != nullptr ? static_cast<unsigned>(std::atoi(asked)) : std::random_device{}();
-    random_.seed(seed);
-    const testing::ScopedTrace trace(__FILE__, __LINE__, "seed " + std::to_string(seed));
+    random_.seed(static_cast<std::uint32_t>(test::seed()));
+    const testing::ScopedTrace trace(__FILE__, __LINE__, test::replay());
     const std::size_t allocated = GetParam();
     allocateBuffers(record, static_cast<std::int32_t>(allocated));
     std::array<RingModel, channelsInUse> models{RingModel(allocated), RingModel(allocated)};

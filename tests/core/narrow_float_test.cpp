@@ -64,23 +64,23 @@ TEST(NarrowToFloat, AgreesWithTheProcessorAtTheEdgesOfEveryExponent) {
 }
 
 TEST(NarrowToFloat, AgreesWithTheProcessorForArbitraryBits) {
-    std::mt19937_64 random(seed());
+    std::mt19937_64 random(test::seed());
     for (int i = 0; i < 2'000'000; ++i) {
         const std::uint64_t bits = random();
         if (isNan(bits)) continue;
         const auto value = std::bit_cast<double>(bits);
-        ASSERT_EQ(narrowToFloat(value), hardwareBits(value)) << std::hexfloat << value << "; " << replay();
+        ASSERT_EQ(narrowToFloat(value), hardwareBits(value)) << std::hexfloat << value << "; " << test::replay();
     }
 }
 
 TEST(NarrowToFloat, AgreesWithTheProcessorForArbitraryBitsWithinTheRangeOfFloats) {
-    std::mt19937_64 random(~seed());
+    std::mt19937_64 random(~test::seed());
     // From below half the smallest denormal to above the largest float.
     std::uniform_int_distribution<std::uint64_t> exponents(1023 - 152, 1023 + 128);
     for (int i = 0; i < 2'000'000; ++i) {
         const std::uint64_t bits = (random() & 0x800FFFFFFFFFFFFF) | exponents(random) << 52;
         const auto value = std::bit_cast<double>(bits);
-        ASSERT_EQ(narrowToFloat(value), hardwareBits(value)) << std::hexfloat << value << "; " << replay();
+        ASSERT_EQ(narrowToFloat(value), hardwareBits(value)) << std::hexfloat << value << "; " << test::replay();
     }
 }
 
