@@ -57,7 +57,7 @@ class OutputStream {
   private:
     std::uint32_t error_ = 0;
     FileHandle handle_ = noFile;
-    std::uint64_t written_ = 0;
+    [[maybe_unused]] std::uint64_t written_ = 0;  // Windows: where the next write belongs
 };
 
 // What stands between the folder and the name of a file.
