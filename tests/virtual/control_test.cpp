@@ -36,13 +36,12 @@ TEST_F(Control, DelayedAnswerComesAtItsTime) {
     answerRule(kFirmware, VIRTUAL_ANSWER_DELAY, 1, 20'000);
     const auto start = std::chrono::steady_clock::now();
     writeCommand({kFirmware});
-    EXPECT_EQ(virtualQueued(), 0U);
     ASSERT_TRUE(eventually([] { return virtualQueued() == 1; }));
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(20));
 }
 
 TEST_F(Control, LaterAnswerOvertakesADelayedOne) {
-    answerRule(kFirmware, VIRTUAL_ANSWER_DELAY, 1, 5'000);
+    answerRule(kFirmware, VIRTUAL_ANSWER_DELAY, 1, 100'000);
     writeCommand({kFirmware});
     EXPECT_EQ(ask({0x8C, 2}).value()[5], 0x02);
     ASSERT_TRUE(eventually([] { return virtualQueued() == 1; }));

@@ -16,8 +16,8 @@ TEST_F(RateCommands, FrequencyIsReadBackAlsoAfterAReset) {
 TEST_F(RateCommands, FrequencyChangesTheStreamAtOnce) {
     configure("frequency = 0.1\n");
     EXPECT_EQ(ask({0x24}), kAcknowledged);
-    EXPECT_EQ(askWithFloat({0x8B}, 1000), kAcknowledged);
     const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(askWithFloat({0x8B}, 1000), kAcknowledged);
     EXPECT_TRUE(eventually([] { return virtualQueued() >= 100U * 6; }));
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(95));
 }

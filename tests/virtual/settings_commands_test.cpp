@@ -131,10 +131,10 @@ TEST_F(SettingsCommands, ResetClearsTheProtocolErrors) {
 }
 
 TEST_F(SettingsCommands, ResetDropsAnswersThatWereNotSentYet) {
-    virtualAnswerRule(0, 0x2B, VIRTUAL_ANSWER_DELAY, 1, 1'000, nullptr);
+    virtualAnswerRule(0, 0x2B, VIRTUAL_ANSWER_DELAY, 1, 100'000, nullptr);
     EXPECT_FALSE(ask({0x2B}));
     restart();
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    std::this_thread::sleep_for(std::chrono::milliseconds(101));
     EXPECT_EQ(virtualQueued(), 0U);
     EXPECT_EQ(ask({0x2B}), toldNumber(0x00040000));
 }

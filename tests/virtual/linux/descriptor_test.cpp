@@ -36,7 +36,7 @@ TEST_F(ReceiveDescriptor, IsNotReadableAfterAReset) {
 
 TEST_F(ReceiveDescriptor, BecomesReadableWithoutAnybodyCalling) {
     virtualHoldStream(0, 0);
-    EXPECT_TRUE(event.wait(1'000));
+    EXPECT_TRUE(event.wait(20'000));
     EXPECT_TRUE(event.wait(0));
     EXPECT_EQ(drain().size() % 6, 0U);
 }

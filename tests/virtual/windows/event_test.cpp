@@ -20,7 +20,7 @@ TEST_F(RegisteredEvent, HandleOfFourBytesIsTakenToo) {
     ASSERT_EQ(CAN_SetValue(kUsb, 0x03, &narrow, sizeof narrow), kOk);
     const VirtualFrame frame = frameOf(0x123);
     virtualPushFrames(&frame, 1);
-    EXPECT_TRUE(other.wait(1'000));
+    EXPECT_TRUE(other.wait(20'000));
     EXPECT_FALSE(event.wait(0));
 }
 
@@ -41,8 +41,8 @@ TEST_F(RegisteredEvent, IsNotSetAfterItWasTakenBack) {
 
 TEST_F(RegisteredEvent, IsSetWithEveryArrivalEvenWhenNobodyDrains) {
     virtualHoldStream(0, 0);
-    EXPECT_TRUE(event.wait(1'000));
-    EXPECT_TRUE(event.wait(1'000));
+    EXPECT_TRUE(event.wait(20'000));
+    EXPECT_TRUE(event.wait(20'000));
 }
 
 }  // namespace
