@@ -1219,10 +1219,11 @@ int32_t TORVIKcalcSetDfilterParams(int32_t deviceNo, uint32_t filterNo, uint32_t
  *   f2        in   highest frequency in Hz, not above fs / 2; for a step its level after (not used)
  *   fs        in   sampling frequency in Hz; below 1: the device is asked
  *   points    in   number of lines: frequencies 1 and more; step 20 and more, of which at most 1000 are written
- *   fileName  in   file to be written, in the process's code page; null is refused
+ *   fileName  in   file to be written, in the process's code page; null is refused. A pipe needs a reader, and the call
+ *                  waits while the reader takes nothing
  *   result    0 or -1
  *   errors    0x30000100  device number above 39, fileName is null, or mode without bits 0 and 1
- *             0x30000113  device not active
+ *             0x30000113  device not active, or released during the simulation
  *             0x30000064  the device's sampling frequency could not be read
  *             0x30000201  there is no valid design
  *             0x30000202  points too few, or f1 not below fs
