@@ -12,6 +12,7 @@ enum class FaultPoint : std::uint8_t {
     allocation,
     eventWait,
     fileOpen,
+    fileStatus,
     fileRead,
     fileWrite,
     fileClose

@@ -35,7 +35,7 @@ bool insideLibrary() {
 
 std::uint32_t atFaultPoint(platform::FaultPoint point) {
     static constexpr const char* names[] = {"eventCreate", "mutexCreate", "threadStart", "allocation", "eventWait",
-                                            "fileOpen",    "fileRead",    "fileWrite",   "fileClose"};
+                                            "fileOpen",    "fileStatus",  "fileRead",    "fileWrite",  "fileClose"};
     const Service service = point < platform::FaultPoint::fileOpen ? Service::faultPoint : Service::file;
     const bool fails = serviceFails(service, names[static_cast<std::size_t>(point)]);
     return fails ? static_cast<std::uint32_t>(failure.systemError) : 0;

@@ -31,7 +31,9 @@ FileHandle openFile(const char* name, int flags, std::uint32_t& error) {
     return descriptor;
 }
 
+// False for what cannot be said, too.
 bool isRegularFile(FileHandle handle) {
+    if (injectedFault(FaultPoint::fileStatus) != 0) return false;
     struct stat status {};
     return fstat(static_cast<int>(handle), &status) == 0 && S_ISREG(status.st_mode);
 }

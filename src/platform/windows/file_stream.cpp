@@ -38,6 +38,7 @@ bool isFolder(const char* name) {
 
 // A volume or a disk is of the same type as its files, but has no information of a file.
 bool isRegularFile(FileHandle handle) {
+    if (injectedFault(FaultPoint::fileStatus) != 0) return false;
     BY_HANDLE_FILE_INFORMATION information;
     return GetFileType(native(handle)) == FILE_TYPE_DISK &&
            GetFileInformationByHandle(native(handle), &information) != 0;
