@@ -44,7 +44,7 @@ class Statistics : public Bench {
         return counters.framesRead;
     }
 
-    static void expectLaw() {
+    static void expectInvariant() {
         const TORVIKstatistics one = statisticsOf(device);
         EXPECT_EQ(one.framesRouted, endsOf(one));
         const TORVIKstatistics all = statisticsOf(0);
@@ -86,7 +86,7 @@ TEST_F(Statistics, TellsEveryFrameOfAStream) {
     EXPECT_EQ(since(&TORVIKstatistics::framesRouted), 301u);
     EXPECT_EQ(since(&TORVIKstatistics::answersStored), 1u);
     EXPECT_EQ(since(&TORVIKstatistics::answersTaken), 1u);
-    expectLaw();
+    expectInvariant();
     expectAllCounted();
 }
 
@@ -108,7 +108,7 @@ TEST_F(Statistics, TellsALostFrameAndADoubledOne) {
     EXPECT_EQ(since(&TORVIKstatistics::framesReplaced), 1u);
     EXPECT_EQ(since(&TORVIKstatistics::valuesStale), 1u);
     EXPECT_EQ(since(&TORVIKstatistics::framesOutsideSet), 1u);
-    expectLaw();
+    expectInvariant();
     expectAllCounted();
 }
 
@@ -130,7 +130,7 @@ TEST_F(Statistics, TellsFramesDroppedForEveryReasonThatFramesThemselvesGive) {
     EXPECT_EQ(since(&TORVIKstatistics::framesStored), 1u);
     EXPECT_EQ(since(&TORVIKstatistics::framesWithoutDevice), 1u);
     EXPECT_EQ(since(&TORVIKstatistics::commandFrames), 1u);
-    expectLaw();
+    expectInvariant();
     expectAllCounted();
 }
 
@@ -143,7 +143,7 @@ TEST_F(Statistics, TellsValuesOverwrittenAndThrownAway) {
     EXPECT_EQ(since(&TORVIKstatistics::valuesOverwritten), 6u);
     EXPECT_EQ(TORVIKclearDLLbuffer(device), 0);
     EXPECT_EQ(since(&TORVIKstatistics::valuesCleared), 8u);
-    expectLaw();
+    expectInvariant();
 }
 
 TEST_F(Statistics, TellsAnswersThatNobodyTook) {
@@ -169,7 +169,7 @@ TEST_F(Statistics, GoOnCountingThroughReleaseAndActivation) {
     pushSet(1, int16Type, {1, 2});
     settle();
     EXPECT_EQ(since(&TORVIKstatistics::setsStored), 2u);
-    expectLaw();
+    expectInvariant();
     expectAllCounted();
 }
 
@@ -191,7 +191,7 @@ TEST_F(Statistics, TellAdapterFaultsByStatus) {
     EXPECT_EQ(since(&TORVIKstatistics::faultsBusHeavy), 0u);
     EXPECT_EQ(since(&TORVIKstatistics::faultsOther), 1u);
     EXPECT_EQ(statisticsOf(device).lastOtherFault, noSuchStatus);
-    expectLaw();
+    expectInvariant();
     expectAllCounted();
 }
 

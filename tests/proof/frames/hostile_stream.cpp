@@ -6,11 +6,6 @@
 
 namespace torvik::proof {
 
-const std::array<std::uint32_t, 30> adapterStatuses = {
-    0x1,     0x2,     0x4,     0x8,     0x10,    0x20,      0x40,      0x80,      0x100,      0x200,
-    0x400,   0x800,   0x1000,  0x1400,  0x1800,  0x1C00,    0x2000,    0x4000,    0x8000,     0x10000,
-    0x1001C, 0x20000, 0x40000, 0x4001C, 0x80000, 0x2000000, 0x4000000, 0x8000000, 0x80000000, 0xFFFFFFFF};
-
 namespace {
 
 // Signalling and quiet NaN, infinities, denormals, the largest, the smallest, both zeros.
@@ -26,35 +21,43 @@ std::uint32_t HostileStream::next(PcanMessage& message) {
         ended_.store(true, std::memory_order_release);
         return pcan::queueEmpty;
     }
-    if (healthyIsDue_) return nextHealthy(message);
-    if (!afterStatus_ && random_.below(256) == 0) {
-        afterStatus_ = true;
-        ++statuses_;
-        ProofAdapter::instance().signal();
-        return anyStatus();
-    }
+    if (waitsForReader()) return pcan::queueEmpty;
+    if (!afterStatus_ && random_.below(256) == 0) return giveStatus();
     if (framesLeft_ == 0 || random_.below(4) == 0) {
-        healthyIsDue_ = true;
-        return nextHealthy(message);
+        writeHealthy(message);
+        return pcan::ok;
     }
     makeHostile(message);
+    cutToLength(message);
+    keepReadable(message);
     afterStatus_ = false;
     --framesLeft_;
     return pcan::ok;
 }
 
-std::uint32_t HostileStream::nextHealthy(PcanMessage& message) {
-    const std::uint64_t set = healthySets_.load(std::memory_order_relaxed);
-    if (set == allowed_.load(std::memory_order_acquire)) return pcan::queueEmpty;
-    writeValueFrame(healthyDevice, healthyChannel_, set, message);
-    healthyIsDue_ = false;
+bool HostileStream::waitsForReader() {
+    if (!devices_.anyFull()) return false;
+    waiting_ = true;
+    // Some may have been read before that was to be seen.
+    return devices_.anyFull();
+}
+
+void HostileStream::writeHealthy(PcanMessage& message) {
+    writeValueFrame(healthyDevice, healthyChannel_, healthySets_, message);
     afterStatus_ = false;
     if (framesLeft_ > 0) --framesLeft_;
     if (++healthyChannel_ == channelCount) {
         healthyChannel_ = 0;
-        healthySets_.store(set + 1, std::memory_order_release);
+        ++healthySets_;
     }
-    return pcan::ok;
+}
+
+std::uint32_t HostileStream::giveStatus() {
+    afterStatus_ = true;
+    const std::uint32_t status = anyStatus();
+    if (status != pcan::queueEmpty) ++faults_[status];
+    ProofAdapter::instance().signal();
+    return status;
 }
 
 void HostileStream::makeHostile(PcanMessage& message) {
@@ -66,20 +69,19 @@ void HostileStream::makeHostile(PcanMessage& message) {
     message.length = static_cast<std::uint8_t>(shape >> 8);
     switch (shape >> 16 & 15) {
         case 0:
-            return addressHealthyInVain(message);
+            return addressHealthy(message);
         case 1:
         case 2:
             message.id = answerIdOf(static_cast<std::uint8_t>(2 + random_.below(lastVictim - 1)));
-            break;
+            return;
         case 3:
         case 4:
         case 5:
             message.id = anyIdentifier();
-            break;
+            return;
         default:
             return makeValueFrame(message);
     }
-    cutToLength(message);
 }
 
 // A set of a victim goes on most of the time, so that many sets are completed, with any numbers in them.
@@ -101,19 +103,36 @@ void HostileStream::makeValueFrame(PcanMessage& message) {
             victim.sequence = static_cast<std::uint16_t>(fault == 7 ? random_.next() : victim.sequence + 1U);
         }
     }
-    cutToLength(message);
 }
 
-// What the healthy device's identifiers can carry without touching its sets.
-void HostileStream::addressHealthyInVain(PcanMessage& message) {
+// What the healthy device's identifiers can carry: mostly what does not touch its sets; now and then a frame so short
+// that it begins a set or does not belong to the one under way.
+void HostileStream::addressHealthy(PcanMessage& message) {
     message.id = random_.below(2) == 0 ? valueIdOf(healthyDevice) : answerIdOf(healthyDevice);
-    const std::uint32_t kind = random_.below(3);
-    // An answer, a command, or a value frame of a channel from 8 on.
-    message.data[0] = static_cast<std::uint8_t>(kind == 0   ? 0x40 | (message.data[0] & 0x3F)
-                                                : kind == 1 ? 0x80 | message.data[0]
-                                                            : 0x08 | (message.data[0] & 0x3F));
-    // A shorter frame would be one of channel 0.
-    message.length = static_cast<std::uint8_t>(message.length | 8);
+    if (random_.below(2) == 0) message.length %= 8;
+    const std::uint32_t kind = random_.below(16);
+    const auto bits = static_cast<std::uint8_t>(message.data[0] & 0x3F);
+    if (kind == 0) {
+        message.length %= 4;
+        message.data[0] = static_cast<std::uint8_t>(bits & 0x37);
+    } else {
+        // An answer, a command, or a value frame of a channel from 8 on.
+        message.data[0] = static_cast<std::uint8_t>(bits | (kind < 6 ? 0x40 : kind < 11 ? 0x80 : 0x08));
+    }
+}
+
+// The library scales all values of a device by the type of the last channel's: where values are compared, it is always
+// the same.
+void HostileStream::keepReadable(PcanMessage& message) {
+    const std::optional<std::uint8_t> deviceNo = ExpectedDevices::deviceOf(message.id);
+    if (!deviceNo || *deviceNo > lastComparedDevice || message.data[0] >= 0x40) return;
+    if ((message.data[0] & 0x0F) != channelCount - 1) return;
+    const auto type = static_cast<std::uint8_t>(static_cast<unsigned>(encodingOf(*deviceNo)) << 4U);
+    if (message.length < 2) {
+        --message.data[0];
+    } else {
+        message.data[1] = static_cast<std::uint8_t>((message.data[1] & 0x8F) | type);
+    }
 }
 
 std::uint32_t HostileStream::anyIdentifier() {

@@ -1,22 +1,17 @@
 // What a faulty bus, a faulty adapter and faulty devices can put before the library, by a seed: frames of any
 // identifier, type and length, value frames in any order with any number in them, statuses in place of frames. In
-// between a healthy device sends its sets, which nothing else disturbs.
+// between a healthy device sends its sets, and others send short frames and wrong channels under its identifiers.
 #pragma once
 
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <utility>
+#include <map>
 
+#include "expected_devices.h"
 #include "proof_adapter.h"
 
 namespace torvik::proof {
-
-inline constexpr std::uint8_t healthyDevice = 1;
-inline constexpr std::uint8_t lastVictim = 6;  // 2..6 are active, too, and get their share
-
-// Every status that the adapter library documents, and a few that it does not.
-extern const std::array<std::uint32_t, 30> adapterStatuses;
 
 // Xorshift: the same numbers on every system.
 class Random {
@@ -40,17 +35,20 @@ class Random {
 
 class HostileStream : public FrameSource {
   public:
-    HostileStream(std::uint64_t seed, std::uint64_t frames) : random_(seed), framesLeft_(frames) {}
-
-    // Lets the healthy device send this many sets in all.
-    void allow(std::uint64_t sets) { allowed_.store(sets, std::memory_order_release); }
+    HostileStream(std::uint64_t seed, std::uint64_t frames, ExpectedDevices& devices)
+        : random_(seed), framesLeft_(frames), devices_(devices) {}
 
     std::uint32_t next(PcanMessage& message) override;
 
+    // True once: the stream waits until some sets are read, and then for a signal.
+    bool takeWaiting() { return waiting_.exchange(false); }
+
     // All frames have been handed out; the healthy device has sent whole sets only.
     bool ended() const { return ended_.load(std::memory_order_acquire); }
-    std::uint64_t healthySets() const { return healthySets_.load(std::memory_order_acquire); }
-    std::uint64_t statuses() const { return statuses_; }
+    std::uint64_t healthySets() const { return healthySets_; }
+
+    // Adapter faults by status.
+    const std::map<std::uint32_t, std::uint64_t>& faults() const { return faults_; }
 
   private:
     struct Victim {
@@ -58,10 +56,13 @@ class HostileStream : public FrameSource {
         std::uint16_t sequence = 0;
     };
 
-    std::uint32_t nextHealthy(PcanMessage& message);
+    bool waitsForReader();
+    void writeHealthy(PcanMessage& message);
     void makeHostile(PcanMessage& message);
     void makeValueFrame(PcanMessage& message);
-    void addressHealthyInVain(PcanMessage& message);
+    void addressHealthy(PcanMessage& message);
+    static void keepReadable(PcanMessage& message);
+    std::uint32_t giveStatus();
     std::uint32_t anyIdentifier();
     std::uint32_t anyStatus();
     std::uint32_t anyValue();
@@ -69,13 +70,13 @@ class HostileStream : public FrameSource {
 
     Random random_;
     std::uint64_t framesLeft_;
-    std::uint64_t statuses_ = 0;
-    bool healthyIsDue_ = false;
+    ExpectedDevices& devices_;
+    std::map<std::uint32_t, std::uint64_t> faults_;
     bool afterStatus_ = true;
     std::uint32_t healthyChannel_ = 0;
     std::array<Victim, lastVictim + 1> victims_{};
-    std::atomic<std::uint64_t> healthySets_ = 0;
-    std::atomic<std::uint64_t> allowed_ = 0;
+    std::uint64_t healthySets_ = 0;
+    std::atomic<bool> waiting_ = false;
     std::atomic<bool> ended_ = false;
 };
 
