@@ -117,7 +117,10 @@ int32_t TORVIKresetStatus(int32_t deviceNo);
  *                 0x30000101  device number 0, or 40 devices are set up
  *                 0x30000114  one of the identifiers is 0 or belongs to another device
  *                 0x300000F3  not enough memory for the value buffers
- *                 0x30000112  the answers or the values were locked for 10000 ms
+ *                 0x30000112  the answers or the values were locked for 10000 ms, another call opened or closed the
+ *                             adapter for that long, or a call on a record to be opened did not leave it
+ *                 0x30000113  a release ended the activation; a call that an earlier release gave up is still inside the
+ *                             library with this device; or the process is a forked child (see TORVIKrelease)
  *                 249         0xF9: the device did not tell its value identifier
  *                 0x30000105  the device refused to tell its mode (firmware below 0x0003000B)
  *                 246         0xF6: the device tells no usable channel count; it stays set up, and channelCount is 0
@@ -159,6 +162,12 @@ int32_t TORVIKactivateExtended(int32_t deviceNo, uint8_t adapterType, uint32_t b
  *   deviceNo   in   0: all devices and the adapter; 1..40: that device, the adapter stays open; other values do nothing
  *   result     0
  *   sends      nothing
+ * It returns within 10000 ms, unless the adapter library does not let it go. A call that has not ended by then keeps its
+ * device: every other call with it, an activation too, fails with 0x30000113 until that call has ended. An activation
+ * that another release found opening the adapter for 10000 ms fails with 0x30000113 once the adapter is open.
+ * A forked child of the process that opened the adapter cannot use the library: there this function returns at once and
+ * does nothing, and every call with a device, an activation too, fails with 0x30000113. The same holds for this function
+ * alone while a Windows process ends.
  */
 int32_t TORVIKrelease(int32_t deviceNo);
 
@@ -1223,7 +1232,7 @@ int32_t TORVIKcalcSetDfilterParams(int32_t deviceNo, uint32_t filterNo, uint32_t
  *                  waits while the reader takes nothing
  *   result    0 or -1
  *   errors    0x30000100  device number above 39, fileName is null, or mode without bits 0 and 1
- *             0x30000113  device not active, or released during the simulation
+ *             0x30000113  device not active, or released meanwhile: the file then ends after some of its lines
  *             0x30000064  the device's sampling frequency could not be read
  *             0x30000201  there is no valid design
  *             0x30000202  points too few, or f1 not below fs

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "core/ask.h"
+#include "core/call_control.h"
 #include "core/device_table.h"
 #include "core/error_codes.h"
 #include "core/library_state.h"
@@ -83,6 +84,7 @@ std::int32_t deviceCall(std::int32_t deviceNo, std::int32_t failed, Body body) n
     const DeviceCall call(deviceNumber(deviceNo));
     const bool ofRecord = call.deviceNo() < deviceLimit;
     CallGate& gate = ofRecord ? call.record().gate : libraryGate;
+    const FinishReleaseAtEnd finish(ofRecord ? &call.record() : nullptr);
     const Visit visit(gate);
     // One call of the body, so that the compiler sets it in here: a call and what it spills cost a single read much.
     const std::int32_t result = visit.inside() ? runBody(call, failed, body) : failed;

@@ -6,27 +6,23 @@ using namespace torvik;
 
 namespace {
 
+// None waits for its turn inside a record, where a release would wait for it.
+std::int32_t takeRecord(const DeviceCall& outside, Activation& activation) {
+    if (!lifecycleMutex.lockUntil(activation.deadline())) return outside.fail(error::mutexTimeout);
+    const LifecycleLock lock;
+    return deviceCall(outside.deviceNo(), [&](const DeviceCall& call) NO_THREAD_SAFETY_ANALYSIS {
+        if (call.record().active) return call.fail(error::alreadyActive);
+        return activation.begin();
+    });
+}
+
 std::int32_t activate(std::int32_t deviceNo, const ActivationSettings& settings, std::uint32_t* channelCount) {
-    const std::uint8_t number = deviceNumber(deviceNo);
-    if (channelCount == nullptr || number >= deviceLimit) {
-        setError(number, error::parameterExceedance);
-        return failure;
-    }
+    const DeviceCall outside(deviceNumber(deviceNo));
+    if (!outside.argumentsValid(channelCount != nullptr) || !outside.numberValid()) return failure;
     const Visit inLibrary(libraryGate);
-    if (!inLibrary.inside()) {
-        setError(number, error::notActive);
-        return failure;
-    }
-    Activation activation(number, settings);
-    std::int32_t result = failure;
-    {
-        // None waits for its turn inside a record, where a release would wait for it.
-        const platform::LockGuard lock(lifecycleMutex);
-        result = deviceCall(deviceNo, [&](const DeviceCall& call) NO_THREAD_SAFETY_ANALYSIS {
-            if (call.record().active) return call.fail(error::alreadyActive);
-            return activation.begin();
-        });
-    }
+    if (!inLibrary.inside() || adapterIsInherited()) return outside.fail(error::notActive);
+    Activation activation(outside.deviceNo(), settings);
+    std::int32_t result = takeRecord(outside, activation);
     if (result == success) {
         result = deviceCall(deviceNo, [&](const DeviceCall&) { return activation.complete(*channelCount); });
     }
@@ -47,6 +43,8 @@ int32_t TORVIKactivateExtended(int32_t deviceNo, uint8_t adapterType, uint32_t b
 }
 
 int32_t TORVIKrelease(int32_t deviceNo) {
+    // Nothing to release: the other threads are gone and may have owned any lock.
+    if (platform::processEnds() || adapterIsInherited()) return success;
     const Visit inLibrary(libraryGate);
     // The library is being unloaded, which releases everything.
     if (!inLibrary.inside()) return success;

@@ -89,11 +89,9 @@ std::uint32_t closeReceiveEvent() {
     return status;
 }
 
-void takeDownAllDevices() REQUIRES(lifecycleMutex) {
-    for (DeviceRecord& record : deviceTable()) {
-        tearDownDevice(record);
-        destroyFilterObject(record);
-    }
+void takeDownAllDevices(platform::TimePoint deadline) REQUIRES(lifecycleMutex) {
+    for (DeviceRecord& record : deviceTable())
+        tearDownDevice(record, deadline);
     libraryState.initialisedDevices = 0;
 }
 
@@ -106,8 +104,9 @@ void closeMutexes() {
 
 std::uint8_t initAdapter(std::uint8_t deviceNo, std::uint8_t adapterType, std::uint16_t baudCode) {
     libraryState.initialisedDevices = 0;
-    for (DeviceRecord& record : deviceTable())
-        zeroRecord(record);
+    for (DeviceRecord& record : deviceTable()) {
+        if (!record.gate.leftToLastCall()) zeroRecord(record);
+    }
     libraryState.adapterOpen = false;
     libraryState.receiveEventSet = false;
     libraryState.callsGivenUp = false;
@@ -158,24 +157,36 @@ std::uint8_t pcanEventOn() {
     return static_cast<std::uint8_t>(status);
 }
 
-std::uint8_t releaseAdapter(bool uninitialize) {
-    const AllCallsExcluded excluded(nullptr);
-    stopReceiveThread(std::nullopt);
-    takeDownAllDevices();
+std::uint8_t releaseAdapter(bool uninitialize, platform::TimePoint deadline) {
+    for (DeviceRecord& record : deviceTable())
+        beginExclusion(record);
+    beginReceiveEnd();
+    for (DeviceRecord& record : deviceTable())
+        callsLeft(record, 0, deadline);
+    stopReceiveThread(uninitialize ? std::optional(platform::timeUntil(deadline)) : std::nullopt);
+    takeDownAllDevices(deadline);
     closeMutexes();
     if (libraryState.adapterOpen && libraryState.receiveEvent.exists()) pcanEventOff();
     std::uint32_t status = closeReceiveEvent();
     if (uninitialize)
         status = libraryState.adapterOpen ? pcanUninitialize(libraryState.channelHandle) : pcan::unknownError;
     libraryState.adapterOpen = false;
+    for (DeviceRecord& record : deviceTable())
+        endRelease(record);
     return static_cast<std::uint8_t>(status);
 }
 
-void closeAdapter() {
-    stopReceiveThread(mutexLimit);
-    takeDownAllDevices();
+void closeAdapter(platform::TimePoint deadline) {
+    // The thread ends while the calls are waited for.
+    beginReceiveEnd();
     for (DeviceRecord& record : deviceTable())
-        zeroRecord(record);
+        callsLeft(record, 0, deadline);
+    stopReceiveThread(platform::timeUntil(deadline));
+    takeDownAllDevices(deadline);
+    for (DeviceRecord& record : deviceTable()) {
+        record.active = false;
+        if (!record.gate.leftToLastCall() && callsLeft(record, 0, deadline)) zeroRecord(record, deadline);
+    }
     pcanSetValue(libraryState.channelHandle, pcan::receiveEvent, 0);
     pcanUninitialize(libraryState.channelHandle);
     libraryState.adapterOpen = false;

@@ -227,10 +227,14 @@ bool startReceiveThread() {
     return true;
 }
 
-void stopReceiveThread(std::optional<std::chrono::milliseconds> limit) {
-    if (!libraryState.receiveThread.exists()) return;
+void beginReceiveEnd() {
     libraryState.threadRun = false;
     libraryState.receiveEvent.wake();
+}
+
+void stopReceiveThread(std::optional<std::chrono::milliseconds> limit) {
+    if (!libraryState.receiveThread.exists()) return;
+    beginReceiveEnd();
     if (!libraryState.receiveThread.join(limit)) giveUp();
 }
 

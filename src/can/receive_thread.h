@@ -12,6 +12,9 @@ namespace torvik {
 // Starts the thread and returns when it has reset the adapter's queues and waits for frames. False: not started.
 bool startReceiveThread() REQUIRES(lifecycleMutex);
 
+// Lets the thread end, without waiting for it.
+void beginReceiveEnd() REQUIRES(lifecycleMutex);
+
 // Ends the thread, if there is one, and forgets it. Without a limit waits until it has ended.
 void stopReceiveThread(std::optional<std::chrono::milliseconds> limit) REQUIRES(lifecycleMutex);
 

@@ -56,8 +56,13 @@ constexpr std::array<BaudRate, 16> baudRates = {{
     {5000, 0x7F7F},
 }};
 
-constinit std::atomic<std::uint64_t> openedBy = 0;  // process
+constinit std::atomic<std::uint64_t> openedBy = 0;  // process that opened the adapter last
+constinit std::atomic<bool> adapterInUse = false;   // from the begin of its opening until it is closed
 constinit std::atomic<bool> endsWithProcess = false;
+constinit std::atomic<bool> forksAreNoticed = false;
+// What the owner of the lifecycle lock does before it gives the lock back.
+constinit std::atomic<bool> closingDue = false;       // of the adapter, if nobody uses it
+constinit std::atomic<bool> releaseOfAllDue = false;  // as DeviceRecord::releaseDue
 
 // Those that have taken a record and still wait for their device: the adapter stays open for them.
 constinit std::atomic<std::uint32_t> activationsInProgress = 0;
@@ -68,9 +73,35 @@ std::optional<std::uint16_t> baudCodeOf(std::uint32_t bitsPerSecond) {
     return found->code;
 }
 
-// Opens the adapter as the settings say. Result: the baud code; nothing with lastError set.
-std::optional<std::uint16_t> openAdapter(std::uint8_t deviceNo, const ActivationSettings& settings)
+// Turns every call away for ever. Runs in the only thread of the child.
+void startForkedChild() {
+    CallGate::renewInForkedChild();
+    if (!adapterInUse) return;
+    libraryGate.close();
+    for (DeviceRecord& record : deviceTable())
+        record.gate.close();
+}
+
+// False: lastError is set. The adapter may be open all the same, when only a later step failed.
+bool openChannel(std::uint8_t deviceNo, std::uint8_t adapterType, std::uint16_t baudCode, platform::TimePoint deadline)
     REQUIRES(lifecycleMutex) {
+    const AllCallsExcluded excluded(deviceRecord(deviceNo), deadline);
+    if (!excluded.alone()) {
+        setError(deviceNo, error::mutexTimeout);
+        return false;
+    }
+    openedBy = platform::processId();
+    adapterInUse = true;
+    if (!forksAreNoticed.exchange(true)) platform::runInForkedChild(startForkedChild);
+    const bool opened = initAdapter(deviceNo, adapterType, baudCode) == 0;
+    adapterInUse = libraryState.adapterOpen.load();
+    return opened;
+}
+
+// Opens the adapter as the settings say.
+// Result: the baud code; nothing with lastError set.
+std::optional<std::uint16_t> openAdapter(std::uint8_t deviceNo, const ActivationSettings& settings,
+                                         platform::TimePoint deadline) REQUIRES(lifecycleMutex) {
     libraryState.debugOutput = (settings.flags & debugOutputFlag) != 0;
     libraryState.pcanLogging = (settings.flags & pcanLogFlag) != 0;
     if ((settings.flags & protocolKind16Flag) != 0) {
@@ -86,9 +117,7 @@ std::optional<std::uint16_t> openAdapter(std::uint8_t deviceNo, const Activation
         setError(deviceNo, error::wrongBaudRate);
         return std::nullopt;
     }
-    openedBy = platform::processId();
-    const AllCallsExcluded excluded(&deviceRecord(deviceNo));
-    const bool opened = initAdapter(deviceNo, settings.adapterType, *code) == 0;
+    const bool opened = openChannel(deviceNo, settings.adapterType, *code, deadline);
     // Once the adapter library is there, so that this library ends before it does.
     if (pcanLoaded() && !endsWithProcess.exchange(true)) platform::runBeforeLoadedLibrariesEnd(shutDown);
     return opened ? code : std::nullopt;
@@ -115,7 +144,7 @@ std::int32_t Activation::begin() {
         return -1;
     }
     if (!libraryState.adapterOpen) {
-        const std::optional<std::uint16_t> code = openAdapter(deviceNo_, settings_);
+        const std::optional<std::uint16_t> code = openAdapter(deviceNo_, settings_, deadline_);
         if (!code) return -1;
         openedWith_ = *code;
     }
@@ -149,50 +178,120 @@ std::int32_t Activation::complete(std::uint32_t& channelCount) {
     return 0;
 }
 
-void Activation::finish() {
-    if (!counted_) return;
-    --activationsInProgress;
-    if (!setUpFailed_) return;
-    const platform::LockGuard lock(lifecycleMutex);
+namespace {
+
+void countDeviceOut() {
+    std::uint8_t count = libraryState.initialisedDevices;
+    while (count > 0 && !libraryState.initialisedDevices.compare_exchange_weak(count, count - 1)) {
+    }
+}
+
+// Both ends of a release are called with new calls turned away, and let them in again.
+void takeOutOfUse(DeviceRecord& record, platform::TimePoint deadline) REQUIRES(lifecycleMutex) {
+    callsLeft(record, 0, deadline);
+    tearDownDevice(record, deadline);
+    record.active = false;
+    endRelease(record);
+}
+
+void takeAllOutOfUse(platform::TimePoint deadline) REQUIRES(lifecycleMutex) {
+    closeAdapter(deadline);
+    adapterInUse = false;
+    for (DeviceRecord& record : deviceTable()) {
+        // A call that this release cut short finds its reason, although the table is zero otherwise.
+        if (record.callCutShort.exchange(false)) setError(record, error::notActive);
+        endRelease(record);
+    }
+}
+
+void closeAdapterIfUnused(platform::TimePoint deadline) REQUIRES(lifecycleMutex) {
     // initialisedDevices does not say it: releases count it down for devices that were not active, too.
     const bool inUse = activationsInProgress != 0 || std::ranges::any_of(deviceTable(), [](const DeviceRecord& record) {
                            return record.active.load();
                        });
-    if (!inUse && libraryState.adapterOpen) releaseAdapter(true);
+    if (inUse || !libraryState.adapterOpen) return;
+    releaseAdapter(true, deadline);
+    adapterInUse = false;
+}
+
+bool anythingDue() {
+    return closingDue || releaseOfAllDue ||
+           std::ranges::any_of(deviceTable(), [](const DeviceRecord& record) { return record.releaseDue.load(); });
+}
+
+void carryOutWhatIsDue(platform::TimePoint deadline) REQUIRES(lifecycleMutex) {
+    for (DeviceRecord& record : deviceTable()) {
+        if (!record.releaseDue.exchange(false)) continue;
+        beginExclusion(record);
+        takeOutOfUse(record, deadline);
+    }
+    if (releaseOfAllDue.exchange(false)) {
+        for (DeviceRecord& record : deviceTable())
+            beginExclusion(record);
+        takeAllOutOfUse(deadline);
+    }
+    if (closingDue.exchange(false)) closeAdapterIfUnused(deadline);
+}
+
+// For something that has just become due. If nobody owns the lock, or its owner has looked too early, it is done here.
+void leaveToLockOwner() {
+    if (!lifecycleMutex.lockFor(std::chrono::milliseconds(0))) return;
+    const LifecycleLock lock;
+}
+
+}  // namespace
+
+void Activation::finish() {
+    if (!counted_) return;
+    --activationsInProgress;
+    if (!setUpFailed_) return;
+    closingDue = true;
+    leaveToLockOwner();
+}
+
+LifecycleLock::~LifecycleLock() NO_THREAD_SAFETY_ANALYSIS {
+    do {
+        if (anythingDue()) carryOutWhatIsDue(deadline_.value_or(platform::deadlineAfter(mutexLimit)));
+        lifecycleMutex.unlock(lifecycleMutex.generation());
+    } while (anythingDue() && lifecycleMutex.lockFor(std::chrono::milliseconds(0)));
 }
 
 void releaseDevice(std::uint8_t deviceNo) {
-    if (deviceNo < deviceLimit) beginExclusion(deviceRecord(deviceNo));
-    const platform::LockGuard lock(lifecycleMutex);
-    if (deviceNo < deviceLimit) {
-        DeviceRecord& record = deviceRecord(deviceNo);
-        record.gate.waitUntilLeft(0);
-        tearDownDevice(record);
-        destroyFilterObject(record);
-        record.active = false;
-        endExclusion(record);
-    }
     // Kept: counted down for a device that was not active, too.
-    if (libraryState.initialisedDevices > 0) --libraryState.initialisedDevices;
+    countDeviceOut();
+    if (deviceNo >= deviceLimit) return;
+    const platform::TimePoint deadline = platform::deadlineAfter(mutexLimit);
+    DeviceRecord& record = deviceRecord(deviceNo);
+    beginExclusion(record);
+    if (lifecycleMutex.lockUntil(deadline)) {
+        const LifecycleLock lock(deadline);
+        takeOutOfUse(record, deadline);
+    } else {
+        record.releaseDue = true;
+        endExclusion(record);
+        leaveToLockOwner();
+    }
 }
 
 void releaseAll() {
+    const platform::TimePoint deadline = platform::deadlineAfter(mutexLimit);
     for (DeviceRecord& record : deviceTable())
         record.callCutShort = false;
     for (DeviceRecord& record : deviceTable())
         beginExclusion(record);
-    {
-        const platform::LockGuard lock(lifecycleMutex);
+    if (lifecycleMutex.lockUntil(deadline)) {
+        const LifecycleLock lock(deadline);
+        takeAllOutOfUse(deadline);
+    } else {
+        releaseOfAllDue = true;
         for (DeviceRecord& record : deviceTable())
-            record.gate.waitUntilLeft(0);
-        closeAdapter();
-        for (DeviceRecord& record : deviceTable()) {
-            // A call that this release cut short finds its reason, although the table is zero otherwise.
-            if (record.callCutShort.exchange(false)) setError(record, error::notActive);
-        }
+            endExclusion(record);
+        leaveToLockOwner();
     }
-    for (DeviceRecord& record : deviceTable())
-        endExclusion(record);
+}
+
+bool adapterIsInherited() {
+    return adapterInUse && openedBy != platform::processId();
 }
 
 namespace {
@@ -203,14 +302,10 @@ bool anyCallInside() {
 }
 
 // False: the limit was over first.
-bool allCallsLeft(std::chrono::milliseconds limit) {
-    const platform::TimePoint deadline = platform::clock().now() + limit;
-    const auto left = [&](CallGate& gate) {
-        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(deadline - platform::clock().now());
-        return gate.waitUntilLeft(0, std::max(rest, std::chrono::milliseconds(0)));
-    };
-    return left(libraryGate) &&
-           std::ranges::all_of(deviceTable(), [&](DeviceRecord& record) { return left(record.gate); });
+bool allCallsLeft(platform::TimePoint deadline) {
+    return libraryGate.waitUntilLeft(0, deadline) && std::ranges::all_of(deviceTable(), [&](DeviceRecord& record) {
+               return record.gate.waitUntilLeft(0, deadline);
+           });
 }
 
 }  // namespace
@@ -226,11 +321,14 @@ void shutDown() {
         wakeCalls(record);
     // A call that the adapter library does not let go cannot be waited for without end, and not again at the second of
     // two ends: Linux has one of the library and one before the adapter library's.
-    const bool left = allCallsLeft(libraryState.callsGivenUp ? std::chrono::milliseconds(0) : mutexLimit);
+    const platform::TimePoint deadline =
+        platform::deadlineAfter(libraryState.callsGivenUp ? std::chrono::milliseconds(0) : mutexLimit);
+    const bool left = allCallsLeft(deadline);
     libraryState.callsGivenUp = !left;
-    if (left) {
-        const platform::LockGuard lock(lifecycleMutex);
-        releaseAdapter(false);
+    if (left && lifecycleMutex.lockUntil(deadline)) {
+        const LifecycleLock lock;
+        releaseAdapter(false, deadline);
+        adapterInUse = false;
     } else {
         endReceiving(mutexLimit);
     }

@@ -1,5 +1,7 @@
 #include "core/call_control.h"
 
+#include <algorithm>
+
 #include "core/device_table.h"
 #include "core/transaction.h"
 
@@ -12,6 +14,22 @@ void beginExclusion(DeviceRecord& record) {
 
 void endExclusion(DeviceRecord& record) {
     record.gate.open();
+}
+
+void endRelease(DeviceRecord& record) {
+    if (record.gate.leaveToLastCall()) return;
+    destroyFilterObject(record);
+    endExclusion(record);
+}
+
+bool callsLeft(DeviceRecord& record, std::uint32_t own, platform::TimePoint deadline) {
+    return record.gate.leftToLastCall() || record.gate.waitUntilLeft(own, deadline);
+}
+
+void finishRelease(DeviceRecord& record) {
+    if (!record.gate.claimAsLastCall()) return;
+    destroyFilterObject(record);
+    record.gate.finished();
 }
 
 namespace {
@@ -38,23 +56,20 @@ FilterUse::~FilterUse() {
     record_.filterFreed.notifyOne();
 }
 
-CallsExcluded::CallsExcluded(DeviceRecord& record, bool ownCall) : record_(record) {
+CallsExcluded::CallsExcluded(DeviceRecord& record, platform::TimePoint deadline) : record_(record) {
     beginExclusion(record_);
-    record_.gate.waitUntilLeft(ownCall ? 1 : 0);
+    alone_ = callsLeft(record_, 1, deadline);
 }
 
 CallsExcluded::~CallsExcluded() {
     endExclusion(record_);
 }
 
-AllCallsExcluded::AllCallsExcluded(const DeviceRecord* own) {
+AllCallsExcluded::AllCallsExcluded(const DeviceRecord& own, platform::TimePoint deadline) {
     for (DeviceRecord& record : deviceTable())
         beginExclusion(record);
-    for (DeviceRecord& record : deviceTable()) {
-        // The static analyser takes it that a record could be where null points.
-        const bool ownCall = own != nullptr && &record == own;
-        record.gate.waitUntilLeft(ownCall ? 1 : 0);
-    }
+    alone_ = std::ranges::all_of(
+        deviceTable(), [&](DeviceRecord& record) { return callsLeft(record, &record == &own ? 1 : 0, deadline); });
 }
 
 AllCallsExcluded::~AllCallsExcluded() {

@@ -1,6 +1,7 @@
 #include "core/call_gate.h"
 
-#include "platform/clock.h"
+#include <memory>
+
 #include "platform/sync.h"
 
 namespace torvik {
@@ -10,14 +11,7 @@ constinit platform::Mutex leavingMutex;
 constinit platform::Condition someoneLeft;
 }  // namespace
 
-void CallGate::waitUntilLeft(std::uint32_t own) {
-    platform::LockGuard lock(leavingMutex);
-    while (inside_.load() > own)
-        someoneLeft.waitFor(leavingMutex, std::chrono::milliseconds(100));
-}
-
-bool CallGate::waitUntilLeft(std::uint32_t own, std::chrono::milliseconds limit) {
-    const platform::TimePoint deadline = platform::clock().now() + limit;
+bool CallGate::waitUntilLeft(std::uint32_t own, platform::TimePoint deadline) {
     platform::LockGuard lock(leavingMutex);
     while (inside_.load() > own) {
         if (!someoneLeft.waitUntil(leavingMutex, deadline)) return inside_.load() <= own;
@@ -25,7 +19,36 @@ bool CallGate::waitUntilLeft(std::uint32_t own, std::chrono::milliseconds limit)
     return true;
 }
 
-void CallGate::wakeCloser() {
+bool CallGate::leaveToLastCall() {
+    platform::LockGuard lock(leavingMutex);
+    // An earlier release has left it to the call already, which opens the gate once.
+    if (leftToLastCall_) {
+        open();
+    } else {
+        leftToLastCall_ = inside_.load() != 0;
+    }
+    return leftToLastCall_;
+}
+
+bool CallGate::claimAsLastCall() {
+    platform::LockGuard lock(leavingMutex);
+    if (!leftToLastCall_ || inside_.load() != 0) return false;
+    leftToLastCall_ = false;
+    inside_.fetch_add(1);
+    return true;
+}
+
+void CallGate::finished() {
+    open();
+    leave();
+}
+
+void CallGate::renewInForkedChild() {
+    std::construct_at(&leavingMutex);
+    std::construct_at(&someoneLeft);
+}
+
+void CallGate::wakeClosers() {
     { platform::LockGuard lock(leavingMutex); }
     someoneLeft.notifyAll();
 }

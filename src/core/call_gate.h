@@ -3,8 +3,9 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
+
+#include "platform/clock.h"
 
 namespace torvik {
 
@@ -20,7 +21,7 @@ class CallGate {
 
     void leave() {
         inside_.fetch_sub(1);
-        if (closers_.load() != 0) wakeCloser();
+        if (closers_.load() != 0) wakeClosers();
     }
 
     // From close() until the matching open() new calls are turned away; those inside go on until they leave.
@@ -30,16 +31,29 @@ class CallGate {
 
     bool occupied() const { return inside_.load() != 0; }
 
-    // Waits until no call but `own` ones of the caller is inside; false: the limit was over first.
-    void waitUntilLeft(std::uint32_t own);
-    bool waitUntilLeft(std::uint32_t own, std::chrono::milliseconds limit);
+    // Waits until no call but `own` ones of the caller is inside; false: the deadline came first.
+    bool waitUntilLeft(std::uint32_t own, platform::TimePoint deadline);
+
+    // In the place of open(): leaves the rest of a release to the last call inside. False: nobody is inside, and the
+    // caller has to finish.
+    bool leaveToLastCall();
+    bool leftToLastCall() const { return leftToLastCall_.load(); }
+
+    // For a call that has just left. True: it was the last one, has to finish the release, and is inside until it calls
+    // finished(), which opens the gate.
+    bool claimAsLastCall();
+    void finished();
+
+    // The parent's threads may have owned what the gates wait with.
+    static void renewInForkedChild();
 
   private:
-    static void wakeCloser();
+    static void wakeClosers();
 
     // Both in one cache line: every call touches them when it comes and when it goes.
     alignas(8) std::atomic<std::uint32_t> inside_ = 0;
     std::atomic<std::uint32_t> closers_ = 0;
+    std::atomic<bool> leftToLastCall_ = false;  // changed under the mutex that closers wait with
 };
 
 // Being inside a gate, unless it turns the call away.

@@ -111,8 +111,10 @@ struct alignas(64) DeviceRecord {
     std::atomic<bool> busy = false;
     std::atomic<bool> keepLock = false;
 
-    // Protects the record against being taken down under a call; both survive zeroing.
+    // Protects the record against being taken down under a call; all three survive zeroing.
     CallGate gate;
+    std::atomic<bool> releaseDue = false;    // a release did not get the lifecycle
+                                             // lock: its owner carries it out
     std::atomic<bool> callCutShort = false;  // a call met the release that is going on
 };
 

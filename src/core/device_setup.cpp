@@ -28,7 +28,7 @@ bool identifierInUse(std::uint32_t identifier) {
 }
 
 // 0 or the error code.
-std::uint32_t allocateValueBuffers(DeviceRecord& record) try {
+std::uint32_t allocateValueBuffers(DeviceRecord& record, platform::TimePoint deadline) try {
     const std::int32_t length = libraryState.valueBufferLength;
     std::array<ValueBuffer, channelLimit> buffers;
     for (ValueBuffer& buffer : buffers) {
@@ -37,14 +37,15 @@ std::uint32_t allocateValueBuffers(DeviceRecord& record) try {
         buffer.allocated = length;
     }
     const bool stored =
-        exclusively(valueMutex, [&]() NO_THREAD_SAFETY_ANALYSIS { record.valueBuffer = std::move(buffers); });
+        exclusively(valueMutex, deadline, [&]() NO_THREAD_SAFETY_ANALYSIS { record.valueBuffer = std::move(buffers); });
     return stored ? error::none : error::mutexTimeout;
 } catch (const std::bad_alloc&) {
     return error::outOfMemory;
 }
 
-bool storeIdentifiers(DeviceRecord& record, std::uint32_t commandCanId, std::uint32_t answerCanId) {
-    if (!answerMutex.lockFor(mutexLimit)) return false;
+bool storeIdentifiers(DeviceRecord& record, std::uint32_t commandCanId, std::uint32_t answerCanId,
+                      platform::TimePoint deadline) {
+    if (!answerMutex.lockUntil(deadline)) return false;
     platform::TimedLock lock(answerMutex);
     record.commandCanId = commandCanId;
     record.answerCanId = answerCanId;
@@ -100,8 +101,8 @@ bool questionDevice(DeviceRecord& record, std::uint8_t deviceNo) {
 }
 
 // When the values stay locked, the record stays active.
-void freeValueBuffers(DeviceRecord& record) {
-    exclusively(valueMutex, [&record]() NO_THREAD_SAFETY_ANALYSIS {
+void freeValueBuffers(DeviceRecord& record, platform::TimePoint deadline) {
+    exclusively(valueMutex, deadline, [&record]() NO_THREAD_SAFETY_ANALYSIS {
         record.active = false;
         for (ValueBuffer& buffer : record.valueBuffer)
             buffer.entries.reset();
@@ -111,16 +112,17 @@ void freeValueBuffers(DeviceRecord& record) {
 // Zeroes the record and prepares everything that needs no answer of the device. Result: 0 or the error code.
 std::uint32_t prepareRecord(DeviceRecord& record, std::uint8_t deviceNo, std::uint32_t commandCanId,
                             std::uint32_t answerCanId) {
+    const platform::TimePoint deadline = platform::deadlineAfter(mutexLimit);
     {
-        const CallsExcluded excluded(record, true);
-        if (!zeroRecord(record)) return error::mutexTimeout;
+        const CallsExcluded excluded(record, deadline);
+        if (!excluded.alone() || !zeroRecord(record, deadline)) return error::mutexTimeout;
     }
     record.channelHandle = libraryState.channelHandle.load();
     record.baudCode = libraryState.baudCode.load();
     record.ownDeviceNo = deviceNo;
-    if (const std::uint32_t code = allocateValueBuffers(record); code != error::none) return code;
-    if (storeIdentifiers(record, commandCanId, answerCanId)) return error::none;
-    freeValueBuffers(record);
+    if (const std::uint32_t code = allocateValueBuffers(record, deadline); code != error::none) return code;
+    if (storeIdentifiers(record, commandCanId, answerCanId, deadline)) return error::none;
+    freeValueBuffers(record, deadline);
     return error::mutexTimeout;
 }
 
@@ -157,7 +159,7 @@ DeviceRecord* reserveRecord(std::uint8_t deviceNo, std::uint32_t commandCanId, s
 
 bool setUpDevice(DeviceRecord& record, std::uint8_t deviceNo) {
     if (!questionDevice(record, deviceNo)) {
-        tearDownDevice(record);
+        tearDownDevice(record, platform::deadlineAfter(mutexLimit));
         return false;
     }
     if (libraryState.debugOutput) {
@@ -168,15 +170,15 @@ bool setUpDevice(DeviceRecord& record, std::uint8_t deviceNo) {
     return true;
 }
 
-void tearDownDevice(DeviceRecord& record) {
+void tearDownDevice(DeviceRecord& record, platform::TimePoint deadline) {
     if (!record.active) return;
-    const bool identifiersCleared = exclusively(answerMutex, [&record]() NO_THREAD_SAFETY_ANALYSIS {
+    const bool identifiersCleared = exclusively(answerMutex, deadline, [&record]() NO_THREAD_SAFETY_ANALYSIS {
         record.commandCanId = 0;
         record.answerCanId = 0;
         record.valueCanId = 0;
         updateRoutes();
     });
-    if (valueMutex.exists() || identifiersCleared) freeValueBuffers(record);
+    if (valueMutex.exists() || identifiersCleared) freeValueBuffers(record, deadline);
 }
 
 }  // namespace torvik

@@ -84,7 +84,7 @@ void updateRoutes() {
     }
 }
 
-bool zeroRecord(DeviceRecord& record) {
+bool zeroRecord(DeviceRecord& record, platform::TimePoint deadline) {
     destroyFilterObject(record);
     record.channelHandle = 0;
     record.ownDeviceNo = 0;
@@ -96,12 +96,15 @@ bool zeroRecord(DeviceRecord& record) {
     record.lastError = 0;
     record.busy = false;
     record.keepLock = false;
-    return exclusively(answerMutex, [&record] { zeroRouting(record); }) &&
-           exclusively(valueMutex, [&record] { zeroValues(record); });
+    return exclusively(answerMutex, deadline, [&record] { zeroRouting(record); }) &&
+           exclusively(valueMutex, deadline, [&record] { zeroValues(record); });
 }
 
 void destroyFilterObject(DeviceRecord& record) {
-    record.filterObject.reset();
+    std::unique_ptr<FilterObject> object;
+    // The last call of a release and an opening of the adapter may come here together.
+    const platform::LockGuard lock(record.busyLock);
+    object.swap(record.filterObject);
 }
 
 }  // namespace torvik

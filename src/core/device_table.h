@@ -46,9 +46,9 @@ DeviceRecord* findReceiver(std::uint32_t identifier) REQUIRES(answerMutex);
 // findReceiver passes over the route of a record that is not active any more, and looks at all records.
 void updateRoutes() REQUIRES(answerMutex);
 
-// Fills a record with zeros and lets the receive thread start afresh with it. No call may be inside the record.
-// False: a mutex could not be obtained in 10000 ms, and the record is not completely zeroed.
-bool zeroRecord(DeviceRecord& record);
+// Fills a record with zeros and lets the receive thread start afresh with it. No call may be inside the record. False:
+// a mutex could not be obtained by the deadline, and the record is not completely zeroed.
+bool zeroRecord(DeviceRecord& record, platform::TimePoint deadline = platform::deadlineAfter(mutexLimit));
 
 // Destroys the record's filter object, if any, and forgets it.
 void destroyFilterObject(DeviceRecord& record);

@@ -5,7 +5,7 @@
 
 namespace torvik {
 
-constinit platform::Mutex lifecycleMutex;
+constinit platform::TimedMutex lifecycleMutex(true);
 constinit platform::TimedMutex answerMutex;
 constinit platform::TimedMutex valueMutex;
 constinit CallGate libraryGate;

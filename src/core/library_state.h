@@ -17,8 +17,8 @@ inline constexpr std::int32_t largestBufferLength = 65534;
 inline constexpr std::uint32_t noDevice = 0xFFFFFFFF;
 inline constexpr std::chrono::milliseconds mutexLimit(10000);
 
-// Guards opening and closing: activation, release and unload. Taken before every other lock.
-extern constinit platform::Mutex lifecycleMutex;
+// Guards opening and closing: activation, release and unload. Taken before every other lock. Always exists.
+extern constinit platform::TimedMutex lifecycleMutex;
 
 // Guards all answer rings, the CAN identifiers of all records and the routes made from them.
 extern constinit platform::TimedMutex answerMutex;
@@ -51,18 +51,24 @@ struct LibraryState {
 
 extern constinit LibraryState libraryState;
 
-// Runs `action` under a mutex, waiting for it at most 10000 ms; a mutex that does not exist (the adapter is closed) is
+// Runs `action` under a mutex, waiting for it to a deadline; a mutex that does not exist (the adapter is closed) is
 // nobody's and not waited for. False: the mutex was not obtained and `action` has not run.
 template <class Action>
-bool exclusively(platform::TimedMutex& mutex, Action action) NO_THREAD_SAFETY_ANALYSIS {
+bool exclusively(platform::TimedMutex& mutex, platform::TimePoint deadline, Action action) NO_THREAD_SAFETY_ANALYSIS {
     if (!mutex.exists()) {
         action();
         return true;
     }
-    if (!mutex.lockFor(mutexLimit)) return false;
+    if (!mutex.lockUntil(deadline)) return false;
     platform::TimedLock lock(mutex);
     action();
     return true;
+}
+
+// The same with the usual limit of 10000 ms.
+template <class Action>
+bool exclusively(platform::TimedMutex& mutex, Action action) {
+    return exclusively(mutex, platform::deadlineAfter(mutexLimit), action);
 }
 
 // Prints to standard output, printf-style; callers look at libraryState.debugOutput first.

@@ -102,6 +102,9 @@ std::uint8_t sendCommand(std::uint8_t deviceNo, Command command, std::span<const
             setError(record, code);
             return busyLockRefused;
         }
+    } else if (record.gate.closing()) {
+        setError(record, error::notActive);
+        return busyLockRefused;
     }
     PcanMessage message;
     message.id = record.commandCanId;

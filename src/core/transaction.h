@@ -15,7 +15,7 @@ inline constexpr std::chrono::milliseconds answerLimit(2000);
 
 // Takes the device's busy lock and writes the command. The lock is kept until receiveAnswer has taken the answer;
 // requestValues and resetDevice draw no answer and do without the lock.
-// Result: 0; otherwise lastError is set: 48 arguments, 66 busy lock, 223 write.
+// Result: 0; otherwise lastError is set: 48 arguments, 66 busy lock or a release of the device, 223 write.
 std::uint8_t sendCommand(std::uint8_t deviceNo, Command command, std::span<const std::uint8_t> parameters);
 
 // Waits for the next answer of a device number 0..39, copies its eight bytes to `answer`, writes 6 to `dataLength` and

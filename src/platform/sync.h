@@ -59,6 +59,15 @@ Clock& clock();
 // Takes effect for waits that begin afterwards. Null: the system's clock again.
 void setClock(Clock* replacement);
 
+// By the current clock; what is left of the time to a deadline is never negative.
+inline TimePoint deadlineAfter(std::chrono::milliseconds limit) {
+    return clock().now() + limit;
+}
+inline std::chrono::milliseconds timeUntil(TimePoint deadline) {
+    const auto rest = std::chrono::ceil<std::chrono::milliseconds>(deadline - clock().now());
+    return rest > rest.zero() ? rest : rest.zero();
+}
+
 inline bool Condition::waitUntil(Mutex& mutex, TimePoint deadline) {
     return clock().waitUntil(*this, mutex, deadline);
 }

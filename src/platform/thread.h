@@ -34,6 +34,12 @@ std::uint64_t processId();
 // end. Windows: does nothing, the library entry does it all.
 void runBeforeLoadedLibrariesEnd(void (*action)());
 
+// Lets `action` run in every forked child, in its only thread, before fork() returns there. Windows: there is no fork.
+void runInForkedChild(void (*action)());
+
+// Windows: the process is ending, and the system has ended all other threads. Linux: false, they run to the end.
+bool processEnds();
+
 // Sleeps by the system's clock.
 void sleepFor(std::chrono::milliseconds duration);
 

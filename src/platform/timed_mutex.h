@@ -30,9 +30,7 @@ class CAPABILITY("mutex") TimedMutex {
         return exists() && (lockFree() || lockSlowly(clock().now() + limit));
     }
 
-    bool lockUntil(TimePoint deadline) TRY_ACQUIRE(true) {
-        return exists() && (lockFree() || lockSlowly(deadline));
-    }
+    bool lockUntil(TimePoint deadline) TRY_ACQUIRE(true) { return exists() && (lockFree() || lockSlowly(deadline)); }
 
     // Counts the creations. An owner unlocks the mutex of the generation that it has locked, and no later one.
     std::uint32_t generation() const { return generationOf(state_.load(std::memory_order_relaxed)); }

@@ -128,8 +128,9 @@ TEST_F(AdapterClosing, ReportsAnEventThatTheAdapterDoesNotGiveBack) {
 
 TEST_F(AdapterClosing, OfEverythingReportsTheEventBecauseTheChannelIsClosedByThen) {
     ASSERT_EQ(open(), 0);
-    EXPECT_EQ(debugLines([] { close(); }),
-              std::string(eventOffFailure) + "An error ocurred. Error-code's text (10000h) couldn't be retrieved\n");
+    EXPECT_EQ(debugLines([] { close(); }), std::string(eventOffFailure) +
+                                               "An error ocurred. Error-code's text (10000h) couldn't be "
+                                               "retrieved\n");
 }
 
 TEST_F(AdapterClosing, PrintsNothingWhileDebugOutputIsOff) {
@@ -167,7 +168,8 @@ TEST_F(AdapterClosing, RegistersTheEventAgainAtTheNextOpening) {
 
 TEST_F(AdapterClosing, RegisteringTheEventWhileTheChannelIsClosedSetsNothing) {
     EXPECT_EQ(debugLines([] { pcanEventOn(); }),
-              "Fehler beim Setzen des Events\nAn error ocurred. Error-code's text (10000h) couldn't be retrieved\n");
+              "Fehler beim Setzen des Events\nAn error ocurred. Error-code's "
+              "text (10000h) couldn't be retrieved\n");
     EXPECT_FALSE(libraryState.receiveEventSet);
 }
 
@@ -189,7 +191,7 @@ class StuckReceiveThread : public AdapterClosing {
     // As the closing gives it up, but without the long wait before.
     void giveUp() {
         runWithTimeouts(clock, [] {
-            const platform::LockGuard lock(lifecycleMutex);
+            const test::LifecycleHeld lock;
             stopReceiveThread(std::chrono::milliseconds(1));
             return true;
         });

@@ -34,7 +34,7 @@ class ActivationTest : public RecordTest {
     static void closeTheAdapter() { libraryState.adapterOpen = false; }
 
     static std::int32_t begin(Activation& activation) {
-        const platform::LockGuard lock(lifecycleMutex);
+        const test::LifecycleHeld lock;
         return activation.begin();
     }
 

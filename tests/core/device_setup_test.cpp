@@ -34,7 +34,7 @@ constexpr std::uint32_t identifierInUse = 0x30000114;
 
 DeviceRecord* reserve(std::uint8_t number = deviceNo, std::uint32_t command = commandCanId,
                       std::uint32_t answer = answerCanId) {
-    const platform::LockGuard lock(lifecycleMutex);
+    const test::LifecycleHeld lock;
     return reserveRecord(number, command, answer);
 }
 

@@ -132,5 +132,24 @@ TEST_F(Zeroing, WorksWhileTheMutexesDoNotExist) {
     EXPECT_FALSE(record.active);
 }
 
+TEST_F(Zeroing, Record_WhoseValuesAFormerOwnerOfTheMutexMayUse_LeavesTheBuffersToIt) NO_THREAD_SAFETY_ANALYSIS {
+    DeviceRecord& record = activate(1);
+    allocateBuffers(record, 4);
+    std::array<std::unique_ptr<ValueEntry[]>, channelLimit> left;
+    ASSERT_TRUE(valueMutex.lockFor(std::chrono::milliseconds(0)));
+    {
+        const platform::TimedLock formerOwner(valueMutex);
+        valueMutex.close();
+        for (std::size_t channel = 0; channel < channelLimit; ++channel)
+            left[channel].reset(record.valueBuffer[channel].entries.get());
+        ASSERT_TRUE(zeroRecord(record));
+        EXPECT_EQ(bufferOf(record, 0).entries, nullptr);
+        // Would be freed memory otherwise.
+        for (const auto& entries : left)
+            entries[3].value = 1.0;
+    }
+    EXPECT_FALSE(valueMutex.abandoned());
+}
+
 }  // namespace
 }  // namespace torvik

@@ -39,24 +39,24 @@ class AdapterTest : public RecordTest {
     }
 
     static std::uint8_t open(std::uint8_t adapterType = 1, std::uint16_t baudCode = 0x001C) {
-        const platform::LockGuard lock(lifecycleMutex);
+        const LifecycleHeld lock;
         return initAdapter(deviceNo, adapterType, baudCode);
     }
 
     // As the release of all devices does it.
     static void close() {
-        const platform::LockGuard lock(lifecycleMutex);
+        const LifecycleHeld lock;
         closeAdapter();
     }
 
     // As a failed activation and an unload do it.
     static std::uint8_t release(bool uninitialize) {
-        const platform::LockGuard lock(lifecycleMutex);
+        const LifecycleHeld lock;
         return releaseAdapter(uninitialize);
     }
 
     static bool threadExists() {
-        const platform::LockGuard lock(lifecycleMutex);
+        const LifecycleHeld lock;
         return libraryState.receiveThread.exists();
     }
 

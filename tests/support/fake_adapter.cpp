@@ -72,6 +72,11 @@ void FakeAdapter::onWrite(std::function<void(const PcanMessage&)> reaction) {
     reaction_ = std::move(reaction);
 }
 
+void FakeAdapter::onInitialize(std::function<void()> reaction) {
+    const std::scoped_lock lock(mutex_);
+    initializeReaction_ = std::move(reaction);
+}
+
 void FakeAdapter::queueFrame(std::uint32_t identifier, std::array<std::uint8_t, 8> data, PcanTimestamp timestamp) {
     const std::scoped_lock lock(mutex_);
     PcanMessage message;
@@ -161,9 +166,13 @@ bool FakeAdapter::findEntry(std::string_view name) {
 }
 
 std::uint32_t FakeAdapter::initialize(const Initialization& arguments) {
-    const std::scoped_lock lock(mutex_);
+    std::unique_lock lock(mutex_);
     recording_.initialized = arguments;
-    return script_.initializeStatus;
+    const std::uint32_t status = script_.initializeStatus;
+    const std::function<void()> reaction = initializeReaction_;
+    lock.unlock();
+    if (reaction) reaction();
+    return status;
 }
 
 std::uint32_t FakeAdapter::uninitialize(std::uint16_t channel) {

@@ -43,6 +43,9 @@ class FakeAdapter : public AdapterDefaults {
     // Runs `reaction` within every successful CAN_Write; not forgotten until it is replaced.
     void onWrite(std::function<void(const PcanMessage&)> reaction);
 
+    // The same within CAN_Initialize.
+    void onInitialize(std::function<void()> reaction);
+
     // What CAN_Read gives next, in this order; 0x20 (queue empty) after the last.
     void queueFrame(std::uint32_t identifier, std::array<std::uint8_t, 8> data, PcanTimestamp timestamp = {});
     void queueStatus(std::uint32_t status);
@@ -111,6 +114,7 @@ class FakeAdapter : public AdapterDefaults {
     Script script_;
     Recording recording_;
     std::function<void(const PcanMessage&)> reaction_;
+    std::function<void()> initializeReaction_;
     std::condition_variable readsChanged_;
     bool readsHeld_ = false;
     std::optional<std::uint64_t> registeredEvent_;  // Windows: the event's handle; Linux: the library asked for ours

@@ -22,6 +22,17 @@ inline constexpr std::uint8_t float32Type = 0x30;
 inline constexpr std::uint32_t answerTimeout = 0x30000058;
 inline constexpr std::uint32_t mutexTimeout = 0x30000112;
 
+// Opening and closing as activations and releases do it.
+class SCOPED_CAPABILITY LifecycleHeld {
+  public:
+    LifecycleHeld() ACQUIRE(lifecycleMutex) NO_THREAD_SAFETY_ANALYSIS {
+        EXPECT_TRUE(lifecycleMutex.lockFor(mutexLimit));
+    }
+    ~LifecycleHeld() RELEASE() NO_THREAD_SAFETY_ANALYSIS { lifecycleMutex.unlock(lifecycleMutex.generation()); }
+    LifecycleHeld(const LifecycleHeld&) = delete;
+    LifecycleHeld& operator=(const LifecycleHeld&) = delete;
+};
+
 struct Identifiers {
     std::uint32_t command = 0x100;
     std::uint32_t answer = 0x101;

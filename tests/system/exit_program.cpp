@@ -1,5 +1,5 @@
 // Ends with exit code 23 while a stream runs and three threads are busy inside the library: by return from main, or
-// with "exit" as argument, by exit() in another thread.
+// with "exit" as argument, by exit() in another thread. A second argument names a library to load before.
 #include <array>
 #include <chrono>
 #include <cstdlib>
@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "TORVIK.h"
+#include "support/loaded_library.h"
 
 namespace {
 
@@ -31,6 +32,11 @@ int main(int argumentCount, char** arguments) {
     for (int i = 0; i < 3; ++i)
         std::thread(readForEver).detach();
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    if (argumentCount > 2) {
+        // Never unloaded: it lives until the process ends.
+        const auto* const library = new torvik::test::LoadedLibrary(arguments[2]);
+        if (!library->loaded()) return 2;
+    }
     if (argumentCount > 1 && std::string_view(arguments[1]) == "exit") {
         std::thread([] { std::exit(exitCode); }).join();
     }

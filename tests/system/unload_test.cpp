@@ -3,8 +3,11 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <future>
+#include <limits>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -126,6 +129,44 @@ TEST(Unload, ActivationsThatWaitForTheirDevicesFailAndLeave) {
         EXPECT_THAT(unloadDuring({activate<1>, activate<2>, activate<3>}, 3), testing::ElementsAre(-1, -1, -1))
             << "cycle " << cycle;
     }
+}
+
+// Designs a filter and simulates it at so many points that it takes for hours.
+std::int32_t simulateForLong(const LoadedLibrary& loaded, const std::string& file) {
+    using CalcFilter = std::int32_t(std::int32_t, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t,
+                                    std::uint32_t, double, double);
+    using Simulate = std::int32_t(std::int32_t, std::int32_t, double, double, double, std::int32_t, const char*);
+    std::uint32_t channels = 0;
+    if (loaded.function<ActivateStd>("TORVIKactivateStd")(1, &channels) != 0) return 1;
+    if (loaded.function<CalcFilter>("TORVIKcalcSetDfilterParams")(1, 9, 0, 0, 2, 4, 10, 0) != 0) return 2;
+    return loaded.function<Simulate>("TORVIKsimulateDfilter")(1, 1, 4, 400, 1000,
+                                                              std::numeric_limits<std::int32_t>::max(), file.c_str());
+}
+
+TEST(Unload, LongSimulation_DuringAnUnload_EndsWithinASecond) {
+    ASSERT_EQ(virtualReset(), 0);
+    const std::filesystem::path file =
+        std::filesystem::temp_directory_path() / ("unload" + std::to_string(std::random_device()()) + ".txt");
+    std::future<std::int32_t> result;
+    std::chrono::steady_clock::time_point begun;
+    {
+        const LoadedLibrary loaded(library);
+        ASSERT_TRUE(loaded.loaded());
+        result = std::async(std::launch::async, [&] { return simulateForLong(loaded, file.string()); });
+        while (!std::filesystem::exists(file) &&
+               result.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready)
+            ;
+        begun = std::chrono::steady_clock::now();
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(1));
+    EXPECT_FALSE(LoadedLibrary::present(library));
+    EXPECT_EQ(result.get(), -1);
+    std::filesystem::remove(file);
+}
+
+TEST(Unload, ReleaseFromAnotherLibrary_WhileTheProcessEnds_DoesNotWait) {
+    for (int run = 0; run < 5; ++run)
+        ASSERT_EQ(exitCodeOf(TORVIK_EXIT_PROGRAM " exit " TORVIK_RELEASE_AT_EXIT), 23) << "run " << run;
 }
 
 TEST(Unload, ProcessThatStreamsEndsWithItsOwnExitCode) {

@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <new>
@@ -42,9 +43,15 @@ void* run(void* argument) {
     return nullptr;
 }
 
+// A thread needs real time for its last steps, even while the current clock is a test's.
+constexpr std::chrono::milliseconds lastSteps(300);
+
 bool waitForEnd(ThreadState& state, std::optional<std::chrono::milliseconds> limit) {
     LockGuard lock(state.mutex);
     const TimePoint deadline = clock().now() + limit.value_or(std::chrono::milliseconds(0));
+    const TimePoint promptly = systemNow() + std::min(limit.value_or(lastSteps), lastSteps);
+    for (TimePoint now = systemNow(); !state.hasEnded && now < promptly; now = systemNow())
+        state.ended.waitFor(state.mutex, promptly - now);
     while (!state.hasEnded) {
         if (!limit) {
             state.ended.waitFor(state.mutex, std::chrono::seconds(1));
@@ -92,6 +99,14 @@ void runBeforeLoadedLibrariesEnd(void (*action)()) {
     // and runs the action when that has left the process.
     const auto run = [](void* argument) { reinterpret_cast<void (*)()>(argument)(); };
     static_cast<void>(abi::__cxa_atexit(run, reinterpret_cast<void*>(action), &__dso_handle));
+}
+
+void runInForkedChild(void (*action)()) {
+    static_cast<void>(pthread_atfork(nullptr, nullptr, action));
+}
+
+bool processEnds() {
+    return false;
 }
 
 void sleepFor(std::chrono::milliseconds duration) {

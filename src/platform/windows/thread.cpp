@@ -33,6 +33,17 @@ void CALLBACK run(PTP_CALLBACK_INSTANCE instance, void* argument, PTP_WORK) {
     state->routine();
 }
 
+// The system's own answer, which no import library has. Looked up once while this library is loaded: later the loader
+// lock, which that needs, may belong to a thread that unloads the library.
+using ShutdownInProgress = BOOLEAN WINAPI();
+ShutdownInProgress* findShutdownInProgress() {
+    const HMODULE system = GetModuleHandleW(L"ntdll.dll");
+    if (system == nullptr) return nullptr;
+    return reinterpret_cast<ShutdownInProgress*>(
+        reinterpret_cast<void*>(GetProcAddress(system, "RtlDllShutdownInProgress")));
+}
+ShutdownInProgress* const shutdownInProgress = findShutdownInProgress();
+
 bool prepare(ThreadState& state) {
     state.ended = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     if (state.ended == nullptr) return false;
@@ -76,6 +87,12 @@ std::uint64_t processId() {
 }
 
 void runBeforeLoadedLibrariesEnd(void (*)()) {}
+
+void runInForkedChild(void (*)()) {}
+
+bool processEnds() {
+    return shutdownInProgress != nullptr && shutdownInProgress() != FALSE;
+}
 
 void sleepFor(std::chrono::milliseconds duration) {
     Sleep(static_cast<DWORD>(duration.count()));
