@@ -1,5 +1,6 @@
 #include "devices.h"
 
+#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -7,8 +8,8 @@
 #include "api/TORVIK.h"
 #include "can/adapter_channel.h"
 #include "can/receive_thread.h"
-#include "core/device_table.h"
 #include "core/buffer_bound.h"
+#include "core/device_table.h"
 #include "core/measured_values.h"
 #include "frames.h"
 
@@ -47,10 +48,20 @@ void setUp(std::uint8_t deviceNo, std::uint32_t channels, std::int32_t length) {
     if (!obtained) throw std::runtime_error("the routes cannot be locked");
 }
 
+class LifecycleHeld {
+  public:
+    LifecycleHeld() {
+        if (!lifecycleMutex.lockFor(mutexLimit)) std::abort();
+    }
+    ~LifecycleHeld() { lifecycleMutex.unlock(lifecycleMutex.generation()); }
+    LifecycleHeld(const LifecycleHeld&) = delete;
+    LifecycleHeld& operator=(const LifecycleHeld&) = delete;
+};
+
 }  // namespace
 
 OpenLibrary::OpenLibrary() {
-    const platform::LockGuard lock(lifecycleMutex);
+    const LifecycleHeld held;
     if (initAdapter(0, usbAdapter, anyBaudCode) != 0) throw std::runtime_error("the adapter cannot be opened");
     setValueBufferLength(largestBufferLength);
     for (std::uint8_t deviceNo = 0; deviceNo < deviceCount; ++deviceNo)
@@ -59,17 +70,17 @@ OpenLibrary::OpenLibrary() {
 }
 
 OpenLibrary::~OpenLibrary() {
-    const platform::LockGuard lock(lifecycleMutex);
+    const LifecycleHeld held;
     closeAdapter();
 }
 
 WithoutReceiveThread::WithoutReceiveThread() {
-    const platform::LockGuard lock(lifecycleMutex);
+    const LifecycleHeld held;
     stopReceiveThread(std::nullopt);
 }
 
 WithoutReceiveThread::~WithoutReceiveThread() {
-    const platform::LockGuard lock(lifecycleMutex);
+    const LifecycleHeld held;
     startReceiveThread();
 }
 

@@ -119,8 +119,8 @@ int32_t TORVIKresetStatus(int32_t deviceNo);
  *                 0x300000F3  not enough memory for the value buffers
  *                 0x30000112  the answers or the values were locked for 10000 ms, another call opened or closed the
  *                             adapter for that long, or a call on a record to be opened did not leave it
- *                 0x30000113  a release ended the activation; a call that an earlier release gave up is still inside the
- *                             library with this device; or the process is a forked child (see TORVIKrelease)
+ *                 0x30000113  a release ended the activation; a call that an earlier release gave up is still using
+ *                             this device; or the process is a forked child (see TORVIKrelease)
  *                 249         0xF9: the device did not tell its value identifier
  *                 0x30000105  the device refused to tell its mode (firmware below 0x0003000B)
  *                 246         0xF6: the device tells no usable channel count; it stays set up, and channelCount is 0
@@ -162,12 +162,12 @@ int32_t TORVIKactivateExtended(int32_t deviceNo, uint8_t adapterType, uint32_t b
  *   deviceNo   in   0: all devices and the adapter; 1..40: that device, the adapter stays open; other values do nothing
  *   result     0
  *   sends      nothing
- * It returns within 10000 ms, unless the adapter library does not let it go. A call that has not ended by then keeps its
- * device: every other call with it, an activation too, fails with 0x30000113 until that call has ended. An activation
- * that another release found opening the adapter for 10000 ms fails with 0x30000113 once the adapter is open.
- * A forked child of the process that opened the adapter cannot use the library: there this function returns at once and
- * does nothing, and every call with a device, an activation too, fails with 0x30000113. The same holds for this function
- * alone while a Windows process ends.
+ * It returns within 10000 ms, unless the adapter library blocks it. A call that has not ended by then keeps its device:
+ * every other call with that device, an activation too, fails with 0x30000113 until it has ended. An activation that is
+ * still opening the adapter when the 10000 ms are over fails with 0x30000113 once the adapter is open.
+ * A forked child of the process that opened the adapter cannot use the library: this function returns at once and does
+ * nothing, and every call with a device, an activation too, fails with 0x30000113. While a Windows process ends, this
+ * function does nothing either.
  */
 int32_t TORVIKrelease(int32_t deviceNo);
 

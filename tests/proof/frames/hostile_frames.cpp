@@ -153,8 +153,8 @@ std::string open(std::uint32_t code = 0, std::uint32_t flags = 0) {
     return given == code ? "" : fmt::format("a later activation gave 0x{:X}", given);
 }
 
-// Several calls on end of this entry point give this status, later ones than the first after the opening where there are
-// any. Result: what went wrong; empty: nothing.
+// Several calls on end of this entry point give this status, later ones than the first after the opening where there
+// are any. Result: what went wrong; empty: nothing.
 std::string tryLaterCalls(Entry entry, std::uint32_t status) {
     ProofAdapter& adapter = ProofAdapter::instance();
     if (entry == Entry::initialize || entry == Entry::getValue) adapter.fail(entry, status, repetitions);
