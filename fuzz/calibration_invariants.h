@@ -9,7 +9,8 @@
 
 namespace torvik {
 
-// The rule that is broken, or null. `result` is what the reading gave; `missing`: what it gives for files that are missing.
+// The rule that is broken, or null. `result` is what the reading gave; `missing`: what it gives for files that are
+// missing.
 inline const char* brokenRule(std::uint32_t result, const CalibrationFile& calibration, std::uint32_t missing) {
     if (result != 0) {
         const bool known = result == error::fileContent || result == missing;

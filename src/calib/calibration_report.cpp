@@ -9,10 +9,11 @@ namespace torvik {
 
 Finding unreadableFile(const std::string& path, std::uint32_t code) {
     const bool isOther = code == error::fileContent;
-    return {.kind = FindingKind::problem,
-            .file = path,
-            .reason = isOther ? "a folder, a pipe or a device, not a file" : "there is no such file, or it cannot be read",
-            .code = code};
+    return {
+        .kind = FindingKind::problem,
+        .file = path,
+        .reason = isOther ? "a folder, a pipe or a device, not a file" : "there is no such file, or it cannot be read",
+        .code = code};
 }
 
 std::string shortestText(double number) {

@@ -7,7 +7,7 @@
 namespace virtual_test {
 namespace {
 
-constexpr int kNotLong = 20;     // milliseconds: long enough to see that nothing comes
+constexpr int kNotLong = 20;      // milliseconds: long enough to see that nothing comes
 constexpr int kLongest = 20'000;  // milliseconds: never waited for when all is well
 
 class ReceiveNotification : public QuietAdapter {
