@@ -33,8 +33,8 @@ int main(int argumentCount, char** arguments) {
         std::thread(readForEver).detach();
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     if (argumentCount > 2) {
-        // Never unloaded: it lives until the process ends.
-        const auto* const library = new torvik::test::LoadedLibrary(arguments[2]);
+        // Never unloaded: it lives until the process ends. Static, so that it is no leak.
+        static const auto* const library = new torvik::test::LoadedLibrary(arguments[2]);
         if (!library->loaded()) return 2;
     }
     if (argumentCount > 1 && std::string_view(arguments[1]) == "exit") {
