@@ -14,8 +14,9 @@ constinit platform::Condition someoneLeft;
 bool CallGate::waitUntilLeft(std::uint32_t own, platform::TimePoint deadline) {
     platform::LockGuard lock(leavingMutex);
     while (inside_.load() > own) {
-        if (!someoneLeft.waitUntil(leavingMutex, deadline)) return inside_.load() <= own;
+        if (!someoneLeft.waitUntil(leavingMutex, deadline) && inside_.load() > own) return false;
     }
+    if (own == 0) emptied_ = true;
     return true;
 }
 
@@ -25,7 +26,7 @@ bool CallGate::leaveToLastCall() {
     if (leftToLastCall_) {
         open();
     } else {
-        leftToLastCall_ = inside_.load() != 0;
+        leftToLastCall_ = !emptied_ && inside_.load() != 0;
     }
     return leftToLastCall_;
 }

@@ -25,7 +25,9 @@ class CallGate {
     }
 
     // From close() until the matching open() new calls are turned away; those inside go on until they leave.
-    void close() { closers_.fetch_add(1); }
+    void close() {
+        if (closers_.fetch_add(1) == 0) emptied_ = false;
+    }
     void open() { closers_.fetch_sub(1); }
     bool closing() const { return closers_.load() != 0; }
 
@@ -54,6 +56,8 @@ class CallGate {
     alignas(8) std::atomic<std::uint32_t> inside_ = 0;
     std::atomic<std::uint32_t> closers_ = 0;
     std::atomic<bool> leftToLastCall_ = false;  // changed under the mutex that closers wait with
+    // All calls have left since the gate was closed; those counted now are being turned away.
+    std::atomic<bool> emptied_ = false;
 };
 
 // Being inside a gate, unless it turns the call away.
