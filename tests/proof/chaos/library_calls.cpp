@@ -56,9 +56,10 @@ std::int32_t statistics(decltype(TORVIKgetStatistics)* function, Arguments& any,
 std::int32_t command(decltype(TORVIKcommand)* function, Arguments& any, std::int32_t deviceNo) {
     constexpr std::array<std::uint8_t, 9> readers{0x01, 0x1F, 0x26, 0x2B, 0x4B, 0x4F, 0x51, 0x8A, 0xFE};
     constexpr std::array<std::uint8_t, 5> rejected{0x11, 0x1B, 0x53, 0x3B, 0x78};
-    const bool usual = !any.onceIn(16);
-    const std::uint8_t code = usual ? readers[any.below(readers.size())] : rejected[any.below(rejected.size())];
     constexpr std::uint32_t most = 6;
+    if (any.usual()) return function(deviceNo, 0x2B, nullptr, 0, any.array<std::uint8_t>(8));
+    const bool reads = !any.onceIn(16);
+    const std::uint8_t code = reads ? readers[any.below(readers.size())] : rejected[any.below(rejected.size())];
     const std::uint32_t length = any.onceIn(16) ? any.number() : any.below(most + 1);
     return function(deviceNo, code, any.array<std::uint8_t>(most), length, any.array<std::uint8_t>(8));
 }
