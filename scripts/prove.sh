@@ -12,6 +12,7 @@ set -u -o pipefail
 # One line for each proof: proof NAME PRESET TARGETS COMMAND...; built with the preset, run in its build folder.
 all_proofs() {
     proof full-bus linux full_bus tests/proof/frames/full_bus --frames 5450000000
+    proof full-bus-singly linux full_bus tests/proof/frames/full_bus --frames 100000000 --singly
     proof hostile-frames-asan asan hostile_frames tests/proof/frames/hostile_frames --frames 1000000000 --seed 1
     proof hostile-frames-tsan tsan hostile_frames without_randomised_addresses \
         tests/proof/frames/hostile_frames --frames 100000000 --seed 2
